@@ -1,0 +1,42 @@
+# The two commands a new machine needs: `make run` and `make test`.
+# Both install missing Debian packages first (scripts/install-deps.sh is idempotent).
+BUILD      ?= build
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+JOBS       ?= $(shell nproc)
+
+.PHONY: all deps configure build test run fuzz bench clean format
+
+all: build
+
+deps:
+	@bash scripts/install-deps.sh
+
+$(BUILD)/build.ninja: | deps
+	cmake -S . -B $(BUILD) -G Ninja
+
+configure: deps $(BUILD)/build.ninja
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) --timeout 300
+
+run: build
+	$(BUILD)/lkwriter-cli --home $(BUILD) chips
+	$(BUILD)/lkwriter-cli --home $(BUILD) chip
+
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	bash fuzz/run-all.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
+bench: build
+	bash bench/run-all.sh $(BUILD)
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf $(BUILD) $(FUZZ_BUILD)

@@ -1,0 +1,54 @@
+// What every lkwriter-cli command shares: the global options, the CLI's Host, the
+// program folder and the selected chip.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "cli/cli_host.h"
+#include "core/home.h"
+#include "core/project.h"
+
+namespace lk::cli {
+
+// Exit status of lkwriter-cli.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;      // the command reported failure
+inline constexpr int kExitUsage = 2;       // usage or file error
+inline constexpr int kExitNoWriter = 3;    // writer not found
+
+struct CliOptions {
+  std::optional<std::string> home;
+  std::optional<std::string> chip;
+  std::string device = "usb";       // usb | usb:PATH | sim
+  std::string simState;             // file keeping the simulated writer's state
+  std::string simChip;              // model in the simulated socket
+  int simVersion = 3;               // firmware version low byte of the simulated writer
+  std::string simFault;             // KIND@N
+  int timeoutMs = 3000;
+  std::string trace;                // file receiving every report as a hex line
+  bool quiet = false;
+  bool verbose = false;
+  bool json = false;
+};
+
+class CliContext {
+ public:
+  explicit CliContext(const CliOptions& options);
+
+  const CliOptions& Options() const { return options_; }
+  CliHost& Ui() { return host_; }
+  const Home& ProgramHome() const { return home_; }
+
+  // The project with the selected chip loaded as start-up does: --chip, else
+  // "McuType" of data.dat, falling back to the first listed model. Loaded once.
+  Project& CurrentProject();
+
+ private:
+  CliOptions options_;
+  CliHost host_;
+  Home home_;
+  std::optional<Project> project_;
+};
+
+}  // namespace lk::cli

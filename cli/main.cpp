@@ -1,0 +1,51 @@
+// lkwriter-cli: the writer's operations from a shell, for production lines and scripts.
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "cli/commands.h"
+
+int main(int argc, char** argv) {
+  using namespace lk::cli;
+  CLI::App app{"LKMCU Writer command line", "lkwriter-cli"};
+  app.require_subcommand(1);
+
+  CliOptions options;
+  app.add_option("--home", options.home, "program folder (default $LKWRITER_HOME, else beside the binary)");
+  app.add_option("--chip", options.chip, "chip model (default: McuType of dat/data.dat)");
+  app.add_option("--device", options.device, "usb | usb:PATH | sim")->capture_default_str();
+  app.add_option("--sim-state", options.simState, "file keeping the simulated writer's state");
+  app.add_option("--sim-chip", options.simChip, "model in the simulated writer's socket");
+  app.add_option("--sim-version", options.simVersion, "simulated firmware version (low byte)")
+      ->capture_default_str();
+  app.add_option("--sim-fault", options.simFault, "inject a fault: KIND@N");
+  app.add_option("--timeout", options.timeoutMs, "answer timeout in ms")->capture_default_str();
+  app.add_option("--trace", options.trace, "write every report out and in to FILE");
+  app.add_flag("-q,--quiet", options.quiet, "no progress, no diagnostics");
+  app.add_flag("-v,--verbose", options.verbose, "diagnostics on stderr");
+  app.add_flag("--json", options.json, "machine-readable output where a command has it");
+
+  // Commands build the context only after the options are parsed.
+  CliContext* context = nullptr;
+  int exitCode = kExitOk;
+  AddCoreCommands(app, context, exitCode);
+  AddFileCommands(app, context, exitCode);
+  AddLinkCommands(app, context, exitCode);
+
+  std::unique_ptr<CliContext> owner;
+  app.parse_complete_callback([&] {
+    owner = std::make_unique<CliContext>(options);
+    context = owner.get();
+  });
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    const int rc = app.exit(e);
+    return rc == 0 ? kExitOk : kExitUsage;
+  } catch (const std::exception& e) {
+    std::cerr << "error: " << e.what() << std::endl;
+    return kExitUsage;
+  }
+  return exitCode;
+}

@@ -1,0 +1,46 @@
+// The Host: everything the user sees goes through it, so that the core, files, link and
+// ops layers never depend on a user interface. The GUI shows message boxes and a log
+// window; the CLI prints lines; the tests record every call.
+#pragma once
+
+#include <string>
+
+namespace lk {
+
+enum class Icon { None, Information, Exclamation, Critical, Question };
+
+class Host {
+ public:
+  virtual ~Host() = default;
+
+  // A message box: icon, text and caption.
+  virtual void Message(Icon icon, const std::string& text, const std::string& caption) = 0;
+
+  // An OK/Cancel question; true means OK.
+  virtual bool Ask(const std::string& text, const std::string& caption) = 0;
+
+  // One line of the message log (the lines the operations define, nothing else).
+  virtual void Log(const std::string& line) = 0;
+
+  // Overwrites the last line of the message log (appends when the log is empty).
+  virtual void ReplaceLastLog(const std::string& line) = 0;
+
+  // Empties the message log.
+  virtual void ClearLog() = 0;
+
+  // Progress of a long transfer: value out of maximum.
+  virtual void Progress(long value, long maximum) = 0;
+
+  // A status-bar panel: 1 = rolling code, 2 = checksum, 3 = file time, 4 = connection.
+  virtual void Status(int panel, const std::string& text) = 0;
+
+  // Diagnostics (timeouts, USB errors): never part of the message log.
+  virtual void Diagnostic(const std::string& line) = 0;
+};
+
+// The caption of message boxes that use the application title.
+inline constexpr const char* kAppTitle = "LKMCU Writer";
+inline constexpr int kVersionMajor = 1;
+inline constexpr int kVersionMinor = 0;
+
+}  // namespace lk

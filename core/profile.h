@@ -1,0 +1,53 @@
+// The profile text reader and writer used for every data file of the program
+// (qvmc.ini, cfg/<model>.cfg, frm.dat, data.dat, rolling-code settings).
+//
+// Reading rules: a line ends at CR or CR LF; everything from the first ";" is cut,
+// then blanks are trimmed; "[name]" opens a section (exact, case-sensitive match;
+// a section may be split over the file); "*" lines are comments; a data line is split
+// at every "=": key = first piece, value = second piece ("KEY=a=b" gives "a").
+// Nothing is cached: every call reads the file again.
+//
+// Result lists are 0-based with entry 0 always "" (entries found start at index 1).
+// Files are GBK unless they are valid UTF-8; texts are UTF-8 inside the program.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "core/host.h"
+
+namespace lk {
+
+using ProfileList = std::vector<std::string>;
+
+ProfileList GetSections(Host& host, const std::filesystem::path& path);
+ProfileList GetSectionLines(Host& host, const std::filesystem::path& path,
+                            const std::string& section);
+ProfileList GetSectionKeys(Host& host, const std::filesystem::path& path,
+                           const std::string& section);
+std::string GetValue(Host& host, const std::filesystem::path& path, const std::string& section,
+                     const std::string& key);
+
+// Writes one value with the semantics of the Windows profile writer: section and key
+// matched case-insensitively, value replaced in place, key appended to its section or
+// section appended to the file when missing. Never creates a file: a missing file shows
+// path + " not found." and returns false. Written atomically (temp file, fsync, rename)
+// in the file's own encoding.
+bool WriteValue(Host& host, const std::filesystem::path& path, const std::string& section,
+                const std::string& key, const std::string& value);
+
+// Kind 1: "File: "<path>" Not Found!"; kind 2: "QVM File Unrecognized!"; others: nothing.
+void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path);
+
+// One line normalised as every reader does: cut at ";", trim blanks.
+std::string NormaliseProfileLine(const std::string& line);
+
+// Splits file text into lines at CR or CR LF (a lone LF also ends a line).
+std::vector<std::string> SplitProfileLines(const std::string& text);
+
+// Reads a whole data file and decodes it to UTF-8 (GBK unless valid UTF-8).
+// Returns false when the file cannot be read.
+bool ReadTextFile(const std::filesystem::path& path, std::string& utf8Text);
+
+}  // namespace lk
