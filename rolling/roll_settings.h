@@ -11,6 +11,11 @@
 
 namespace lk {
 
+// Longest "World_Lenth" honoured when reading. Real codes are four bytes; the cap
+// keeps a hand-edited or damaged file ("World_Lenth=99999999") from allocating
+// without bound. Negative lengths read as 0.
+inline constexpr std::int32_t kMaxRollWordLength = 64;
+
 struct RollSettings {
   bool Enabled = false;            // "Value" is exactly "True"
   std::int32_t WordLength = 0;     // "World_Lenth"
@@ -24,7 +29,9 @@ struct RollSettings {
 std::filesystem::path RollSettingsPath(const std::string& projectPath);
 
 // Reads the settings (current layout with "Version", or the older one with a single
-// start address). Missing list items stay 0; nothing past the lists is read.
+// start address). The three lists have WordLength entries; missing list items stay
+// 0; nothing past the lists is read. A missing file shows the file-not-found message
+// once and gives the default (disabled, empty) settings.
 RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsFile);
 
 // What the dialog's text boxes hold.
@@ -38,6 +45,9 @@ struct RollDialogInput {
 };
 
 // The dialog's fill from an existing settings file (writes "Mode" = "False" back).
+// Older files are shown in today's form (four-digit hex addresses and decimal counts,
+// highest byte first). TextStep is filled like TextCount. A missing file gives the
+// empty, disabled dialog and writes nothing.
 RollDialogInput LoadRollDialog(Host& host, const std::filesystem::path& settingsFile);
 
 // The key filters of the three text boxes: whether a typed character is kept,
@@ -51,6 +61,12 @@ enum class RollOkResult { Saved, Refused, SilentlyIgnored };
 // OK of the dialog: validates (messages through the host, caption "Error"), writes
 // the settings when a project is open (settingsFile non-empty), logs the lines and
 // sets status panel 1.
+//  - Enable: a project without a settings file yet gets an empty one first (created
+//    atomically), since the profile writer never creates files.
+//  - Disable: only "Value" = "False" is written, and only into an existing file; the
+//    stored code, addresses and steps are kept so that enabling again continues the
+//    same sequence. Nothing typed is validated.
+//  - A write failure (already reported by the writer) gives Refused.
 RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
                              const std::filesystem::path& settingsFile);
 
