@@ -1,0 +1,88 @@
+// The chip session: the parameter block that tells the writer which chip to handle, and
+// the check of the chip's own type word.
+#include <cmath>
+
+#include "link/protocol.h"
+#include "link/writer.h"
+
+namespace lk {
+namespace {
+
+void Put16(std::array<std::uint8_t, 65>& buffer, int index, std::int32_t value) {
+  buffer[index] = static_cast<std::uint8_t>(value & 0xFF);
+  buffer[index + 1] = static_cast<std::uint8_t>((value >> 8) & 0xFF);
+}
+
+}  // namespace
+
+bool Writer::CheckChipType(const ChipParams& chip, std::uint8_t code) {
+  auto& b = OutputReportData;
+  b[0] = 64;
+  b[1] = code;
+  Put16(b, 2, chip.Type);
+  // Program memory size in pages of 256 words, rounded half to even like the writer's
+  // configuration tool always did (0x3FF -> 4, 0x17F -> 2, 0x27F -> 2).
+  Put16(b, 4, static_cast<std::int32_t>(std::nearbyint((chip.RomSize + 1) / 256.0)));
+  Put16(b, 6, chip.ConfigLength);
+  Put16(b, 8, chip.EeSize);
+  Put16(b, 10, chip.HexMcu);
+  Put16(b, 12, chip.VppSel);
+  b[14] = (chip.VppMode & 0x80) != 0 ? 1 : 0;
+  b[15] = 12;
+  b[16] = 0;
+  b[17] = 10;
+  b[18] = 20;
+  b[19] = 20;
+  b[20] = 20;
+  // Byte 21 is left alone: it keeps what the previous command put there, and the
+  // writer's firmware has always received it that way.
+  Put16(b, 22, chip.Erase0);
+  Put16(b, 24, chip.Erase1);
+  Put16(b, 26, chip.EraseRom);
+  Put16(b, 28, chip.EraseConfig);
+  Put16(b, 30, chip.ProgTime);
+  b[32] = chip.VppMode;
+  b[33] = static_cast<std::uint8_t>(chip.SpcAdd & 0xFF);
+  Put16(b, 34, chip.SpcDat);
+  for (int i = 0; i < 12; ++i) {
+    b[36 + i] = i < static_cast<int>(chip.Name.size()) ? static_cast<std::uint8_t>(chip.Name[i]) : 0;
+  }
+  Put16(b, 48, chip.BlankRom + 1);
+  b[50] = static_cast<std::uint8_t>(chip.BlankConfig & 0xFF);
+  for (int i = 51; i <= 62; ++i) b[i] = 0;
+  b[63] = proto::Checksum(b.data(), 63);
+
+  bool good = SendReport();
+  if (good) {
+    Report answer;
+    good = ReceiveReport(answer) && CheckAnswer(answer) && answer[2] == proto::kAnswerOk;
+  }
+  if (!good) host_.Message(Icon::Information, "芯片型号错误！", kAppTitle);
+  return good;
+}
+
+bool Writer::PrepareChip(ChipParams& chip) {
+  if (chip.Prod == "32A3") {
+    // These chips have no readable type word; nothing is read.
+    chip.ChipInfo2.clear();
+    ReturnToIdle();
+    return true;
+  }
+  const auto words = ReadWords(15, proto::kReadConfig);
+  if (!words) {
+    ReturnToIdle();
+    return false;
+  }
+  const int typeIndex = chip.Prod == "16E1" ? 3 : 13;
+  if ((*words)[typeIndex] != (chip.Type & 0xFFFF)) {
+    ReturnToIdle();
+    return false;
+  }
+  const auto& w = *words;
+  chip.ChipInfo1 = Hex2(w[9]) + Hex2(w[8]);
+  chip.ChipInfo2 = Hex2(w[12]) + Hex2(w[11]);
+  ReturnToIdle();
+  return true;
+}
+
+}  // namespace lk

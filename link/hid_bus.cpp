@@ -1,0 +1,195 @@
+#include "link/hid_bus.h"
+
+#include <hidapi/hidapi.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "link/protocol.h"
+#include "link/report_id.h"
+
+namespace lk {
+namespace {
+
+std::string Narrow(const wchar_t* text) {
+  std::string out;
+  if (text == nullptr) return out;
+  for (; *text != 0; ++text) out.push_back(*text < 128 ? static_cast<char>(*text) : '?');
+  return out;
+}
+
+// hid_init once per process; false when the HID layer cannot be used at all.
+bool HidReady(Host& host) {
+  static std::once_flag once;
+  static bool ready = false;
+  std::call_once(once, [&] {
+    ready = hid_init() == 0;
+    if (!ready) host.Diagnostic("hid_init: " + Narrow(hid_error(nullptr)));
+  });
+  return ready;
+}
+
+// hid_write has no timeout of its own and a wedged device can hold it forever, so
+// every write runs on a helper thread and the caller waits with a deadline. The state is
+// shared with the helper so that, after a write that never returned, the helper can
+// outlive the transport: it closes the device itself once the write comes back.
+struct WriteWorker {
+  std::mutex mutex;
+  std::condition_variable wake;
+  hid_device* device = nullptr;
+  Report pending{};
+  bool hasJob = false;
+  bool jobDone = false;
+  int jobResult = 0;
+  bool stop = false;
+  bool abandoned = false;  // the owner gave up on a write; the helper closes the device
+
+  void Run() {
+    std::unique_lock lock(mutex);
+    for (;;) {
+      wake.wait(lock, [&] { return hasJob || stop; });
+      if (hasJob) {
+        const Report bytes = pending;
+        lock.unlock();
+        const int result = hid_write(device, bytes.data(), bytes.size());
+        lock.lock();
+        hasJob = false;
+        jobDone = true;
+        jobResult = result;
+        wake.notify_all();
+        continue;
+      }
+      if (stop) break;
+    }
+    if (abandoned && device != nullptr) {
+      hid_close(device);
+      device = nullptr;
+    }
+  }
+};
+
+class HidTransport : public Transport {
+ public:
+  explicit HidTransport(hid_device* device) : worker_(std::make_shared<WriteWorker>()) {
+    worker_->device = device;
+    thread_ = std::thread([w = worker_] { w->Run(); });
+  }
+
+  ~HidTransport() override {
+    {
+      std::lock_guard lock(worker_->mutex);
+      worker_->stop = true;
+      worker_->abandoned = dead_;
+      worker_->wake.notify_all();
+    }
+    if (dead_) {
+      thread_.detach();  // still inside hid_write; it closes the device when it returns
+    } else {
+      thread_.join();
+      hid_close(worker_->device);
+    }
+  }
+
+  bool Send(const Report& report, int timeoutMs) override {
+    if (dead_) return Fail("the writer stopped taking reports");
+    std::unique_lock lock(worker_->mutex);
+    worker_->pending = OutputReportBytes(report);
+    worker_->hasJob = true;
+    worker_->jobDone = false;
+    worker_->wake.notify_all();
+    const bool finished = worker_->wake.wait_for(
+        lock, std::chrono::milliseconds(std::max(timeoutMs, 1)), [&] { return worker_->jobDone; });
+    if (!finished) {
+      dead_ = true;
+      return Fail("hid_write did not return within " + std::to_string(timeoutMs) + " ms");
+    }
+    if (worker_->jobResult != proto::kReportLength) {
+      lock.unlock();
+      return Fail("hid_write: " + DeviceError());
+    }
+    return true;
+  }
+
+  bool Receive(Report& report, int timeoutMs) override {
+    if (dead_) return Fail("the writer stopped taking reports");
+    std::uint8_t buffer[proto::kReportLength + 1] = {};
+    const int got = hid_read_timeout(worker_->device, buffer, sizeof buffer, std::max(timeoutMs, 0));
+    if (got == 0) return Fail("no answer within " + std::to_string(timeoutMs) + " ms");
+    if (got < 0) return Fail("hid_read_timeout: " + DeviceError());
+    if (!InputReportFromRead(buffer, got, report)) {
+      return Fail("input report of " + std::to_string(got) + " bytes");
+    }
+    return true;
+  }
+
+  std::string LastError() const override { return lastError_; }
+
+ private:
+  bool Fail(std::string text) {
+    lastError_ = std::move(text);
+    return false;
+  }
+  // Only called while no write is in flight.
+  std::string DeviceError() const { return Narrow(hid_error(worker_->device)); }
+
+  std::shared_ptr<WriteWorker> worker_;
+  std::thread thread_;
+  bool dead_ = false;
+  std::string lastError_;
+};
+
+class HidBus : public WriterBus {
+ public:
+  HidBus(Host& host, std::string path) : host_(host), wanted_(std::move(path)) {}
+
+  bool Present() override {
+    found_.clear();
+    for (const std::string& path : EnumerateWriters(host_)) {
+      if (wanted_.empty() || path == wanted_) {
+        found_ = path;
+        return true;
+      }
+    }
+    return false;
+  }
+
+  std::unique_ptr<Transport> Open() override {
+    if (found_.empty()) return nullptr;
+    hid_device* device = hid_open_path(found_.c_str());
+    if (device == nullptr) {
+      host_.Diagnostic("hid_open_path " + found_ + ": " + Narrow(hid_error(nullptr)));
+      return nullptr;
+    }
+    return std::make_unique<HidTransport>(device);
+  }
+
+  std::string Describe() const override {
+    return "usb:" + (found_.empty() ? wanted_ : found_);
+  }
+
+ private:
+  Host& host_;
+  std::string wanted_;
+  std::string found_;
+};
+
+}  // namespace
+
+std::vector<std::string> EnumerateWriters(Host& host) {
+  std::vector<std::string> paths;
+  if (!HidReady(host)) return paths;
+  hid_device_info* list = hid_enumerate(proto::kVendorId, proto::kProductId);
+  for (hid_device_info* d = list; d != nullptr; d = d->next) {
+    if (d->path != nullptr) paths.emplace_back(d->path);
+  }
+  hid_free_enumeration(list);
+  return paths;
+}
+
+std::unique_ptr<WriterBus> MakeHidBus(Host& host, const std::string& path) {
+  return std::make_unique<HidBus>(host, path);
+}
+
+}  // namespace lk

@@ -1,0 +1,22 @@
+// The USB writer through hidapi (hidraw backend).
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/host.h"
+#include "link/transport.h"
+
+namespace lk {
+
+// Finds the writer by vendor 0x0161 / product 0x0925, first in enumeration order, or
+// the interface at `path` when one is given (--device usb:PATH). Diagnostics (hidapi
+// errors) go to host.Diagnostic; nothing here shows a message.
+std::unique_ptr<WriterBus> MakeHidBus(Host& host, const std::string& path = "");
+
+// The device paths of every attached writer, in enumeration order. Empty, without
+// error, when none is attached or the HID layer cannot be started.
+std::vector<std::string> EnumerateWriters(Host& host);
+
+}  // namespace lk
