@@ -120,6 +120,10 @@ inline constexpr std::uint8_t kAnswerOk = 0xE1;
 inline constexpr std::uint8_t kAnswerNotBlank = 0xE2;
 inline constexpr std::uint8_t kAnswerBusy = 0xE3;
 inline constexpr std::uint8_t kIdStatus = 0xA2;
+// The writer refuses a packet: bad frame (length or checksum), unknown code, a
+// parameter block that does not name the chip in the socket, no chip, an address
+// outside the memory. Any code other than the expected one is a failure to the host.
+inline constexpr std::uint8_t kAnswerRefused = 0xE0;
 
 // Identity record.
 inline constexpr std::uint8_t kGeneralWriterMarker = '#';

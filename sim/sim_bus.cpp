@@ -1,0 +1,57 @@
+#include "sim/sim_bus.h"
+
+#include <filesystem>
+
+#include "core/atomic_file.h"
+#include "core/chip_database.h"
+#include "sim/sim_state_file.h"
+#include "sim/sim_writer.h"
+
+namespace lk::sim {
+namespace {
+
+std::shared_ptr<SimWriter> Refuse(Host& host, const std::string& text) {
+  host.Message(Icon::Critical, text, kAppTitle);
+  return nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<SimWriter> MakeSimWriter(Host& host, const Home& home, const SimConfig& config) {
+  std::string error;
+  std::optional<SimFault> fault = ParseFault(config.fault, error);
+  if (!fault) return Refuse(host, error);
+
+  SimState state;
+  state.id = config.id;
+  std::error_code ec;
+  if (!config.stateFile.empty() && std::filesystem::exists(config.stateFile, ec)) {
+    std::string text;
+    if (!ReadWholeFile(config.stateFile, text)) {
+      return Refuse(host, "Cannot read the simulated writer state file " + config.stateFile);
+    }
+    std::optional<SimState> loaded = ParseState(text, error);
+    if (!loaded) {
+      return Refuse(host,
+                    "The simulated writer state file " + config.stateFile + " is corrupt: " + error);
+    }
+    state = std::move(*loaded);
+  }
+
+  // A model other than the one the state holds means a fresh chip in the socket.
+  if (!config.chipModel.empty() && (!state.chip || state.chip->name != config.chipModel)) {
+    ChipParams params = LoadChipParams(host, home, config.chipModel);
+    if (!params.Loaded()) {
+      return Refuse(host, "The simulated writer cannot hold the chip \"" + config.chipModel +
+                              "\": no such model in the chip database");
+    }
+    state.chip = SimChip::FromParams(params);
+  }
+  return std::make_shared<SimWriter>(host, config, *fault, std::move(state));
+}
+
+std::unique_ptr<WriterBus> MakeSimBus(Host& host, const Home& home, const SimConfig& config) {
+  return MakeSimBusFor(MakeSimWriter(host, home, config));
+}
+
+}  // namespace lk::sim

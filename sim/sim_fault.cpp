@@ -1,0 +1,41 @@
+#include "sim/sim_fault.h"
+
+#include <charconv>
+#include <utility>
+
+namespace lk::sim {
+
+std::optional<SimFault> ParseFault(const std::string& text, std::string& error) {
+  if (text.empty()) return SimFault{};
+  static const std::pair<const char*, FaultKind> kKinds[] = {
+      {"noanswer", FaultKind::NoAnswer}, {"badsum", FaultKind::BadSum},
+      {"badcode", FaultKind::BadCode},   {"unplug", FaultKind::Unplug},
+      {"busy", FaultKind::Busy},         {"wrongchip", FaultKind::WrongChip},
+  };
+  size_t at = text.find('@');
+  std::string kindText = text.substr(0, at);
+  SimFault fault;
+  for (const auto& [name, kind] : kKinds) {
+    if (kindText == name) fault.kind = kind;
+  }
+  if (fault.kind == FaultKind::None) {
+    error = "Unknown simulated writer fault \"" + kindText +
+            "\" (known: noanswer, badsum, badcode, unplug, busy, wrongchip)";
+    return std::nullopt;
+  }
+  fault.packet = 1;
+  if (at != std::string::npos) {
+    std::string number = text.substr(at + 1);
+    long n = 0;
+    auto [end, ec] = std::from_chars(number.data(), number.data() + number.size(), n);
+    if (number.empty() || ec != std::errc() || end != number.data() + number.size() || n < 1) {
+      error = "Bad packet number in simulated writer fault \"" + text +
+              "\" (expected KIND@N with N = 1, 2, ...)";
+      return std::nullopt;
+    }
+    fault.packet = n;
+  }
+  return fault;
+}
+
+}  // namespace lk::sim
