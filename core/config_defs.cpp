@@ -1,0 +1,146 @@
+#include "core/config_defs.h"
+
+#include <charconv>
+#include <optional>
+
+#include "core/numeric_text.h"
+
+namespace lk {
+namespace {
+
+struct BitItem {
+  std::size_t word = 0;
+  int bit = 0;
+  long value = 0;
+};
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  while (true) {
+    const std::size_t pos = text.find(separator, start);
+    parts.push_back(text.substr(start, pos == std::string::npos ? pos : pos - start));
+    if (pos == std::string::npos) return parts;
+    start = pos + 1;
+  }
+}
+
+// A whole decimal integer, blanks around it allowed; nullopt for anything else.
+std::optional<long> ParseWhole(const std::string& text) {
+  const std::size_t b = text.find_first_not_of(' ');
+  if (b == std::string::npos) return std::nullopt;
+  const std::size_t e = text.find_last_not_of(' ') + 1;
+  long value = 0;
+  const char* first = text.data() + b;
+  const char* last = text.data() + e;
+  if (*first == '+') ++first;
+  const auto [ptr, ec] = std::from_chars(first, last, value);
+  if (ec != std::errc() || ptr != last) return std::nullopt;
+  return value;
+}
+
+// Parses "w,b,v:w,b,v" (withValue) or "w,b:w,b"; nullopt when any number does not
+// parse, a word index is outside `wordCount`, or a bit is outside 0..15.
+std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool withValue,
+                                               std::size_t wordCount) {
+  std::vector<BitItem> items;
+  for (const std::string& part : Split(text, ':')) {
+    const std::vector<std::string> numbers = Split(part, ',');
+    if (numbers.size() != (withValue ? 3u : 2u)) return std::nullopt;
+    const auto w = ParseWhole(numbers[0]);
+    const auto b = ParseWhole(numbers[1]);
+    const auto v = withValue ? ParseWhole(numbers[2]) : std::optional<long>(0);
+    if (!w || !b || !v || *w < 0 || static_cast<std::size_t>(*w) >= wordCount || *b < 0 ||
+        *b > 15) {
+      return std::nullopt;
+    }
+    items.push_back({static_cast<std::size_t>(*w), static_cast<int>(*b), *v});
+  }
+  return items;
+}
+
+std::string KeyOf(const std::string& line) { return line.substr(0, line.find('=')); }
+
+std::string ValueOf(const std::string& line) {
+  const std::size_t eq = line.find('=');
+  if (eq == std::string::npos) return "";
+  const std::size_t next = line.find('=', eq + 1);
+  return line.substr(eq + 1, next == std::string::npos ? next : next - eq - 1);
+}
+
+}  // namespace
+
+std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32_t>& words) {
+  std::string current;
+  for (std::size_t i = 2; i < lines.size(); ++i) {
+    const auto items = ParseItems(ValueOf(lines[i]), true, words.size());
+    if (!items) continue;
+    bool match = true;
+    for (const BitItem& item : *items) {
+      const std::int64_t mask = std::int64_t{1} << item.bit;
+      match = match && (words[item.word] & mask) == mask * item.value;
+    }
+    if (match) current = KeyOf(lines[i]);  // the last matching line wins
+  }
+  return current;
+}
+
+std::string FieldBinary(const std::string& datItems, const std::vector<std::int32_t>& words) {
+  const auto items = ParseItems(datItems, false, words.size());
+  if (!items) return "";
+  std::string bits;
+  for (auto it = items->rbegin(); it != items->rend(); ++it) {
+    bits.push_back((words[it->word] >> it->bit) & 1 ? '1' : '0');
+  }
+  return bits;
+}
+
+std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesystem::path& file,
+                                                 const std::vector<std::int32_t>& words) {
+  std::vector<ConfigOptionRow> rows;
+  const ProfileList sections = GetSections(host, file);
+  for (std::size_t s = 1; s < sections.size(); ++s) {
+    const ProfileList lines = GetSectionLines(host, file, sections[s]);
+    if (lines.size() < 3) break;  // fewer than two data lines ends the definitions
+    ConfigOptionRow row{sections[s], ""};
+    const auto width = ParseDecimal(ValueOf(lines[1]));
+    if (width && *width == 1.0) {
+      row.Value = CurrentChoice(lines, words);
+    } else {
+      for (std::size_t i = 2; i < lines.size(); ++i) {
+        if (KeyOf(lines[i]) == "DAT") {
+          row.Value = FieldBinary(ValueOf(lines[i]), words);
+          break;
+        }
+      }
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+std::vector<ConfigOptionRow> ShowConfigOptions(Host& host, const Home& home,
+                                               const ChipParams& chip) {
+  return DecodeConfigOptions(host, home.ConfigDefinitions(chip.Name), chip.ConfigWords);
+}
+
+bool ApplyChoiceItems(const std::string& items, std::vector<std::int32_t>& words) {
+  const auto parsed = ParseItems(items, true, words.size());
+  if (!parsed) return false;
+  for (const BitItem& item : *parsed) {
+    const std::int32_t mask = std::int32_t{1} << item.bit;
+    if (item.value == 1) {
+      words[item.word] |= mask;
+    } else {
+      words[item.word] &= mask ^ 0xFFFF;
+    }
+  }
+  return true;
+}
+
+bool ApplyConfigChoice(Host& host, const std::filesystem::path& file, const std::string& option,
+                       const std::string& label, std::vector<std::int32_t>& words) {
+  return ApplyChoiceItems(GetValue(host, file, option, label), words);
+}
+
+}  // namespace lk

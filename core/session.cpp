@@ -1,0 +1,98 @@
+#include "core/session.h"
+
+#include <charconv>
+
+#include "core/chip_database.h"
+#include "core/numeric_text.h"
+#include "core/profile.h"
+
+namespace lk {
+namespace {
+
+float ReadNumber(Host& host, const Home& home, const std::string& window, const char* key) {
+  const auto v = ParseDecimal(GetValue(host, home.FrmDat(), window, key));
+  if (!v || *v > 3.4e38 || *v < -3.4e38) return 0;
+  return static_cast<float>(*v);
+}
+
+// A single-precision number as text: the shortest form that reads back the same.
+std::string NumberText(float value) {
+  char buffer[32];
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+  if (ec != std::errc()) return "0";
+  return std::string(buffer, end);
+}
+
+}  // namespace
+
+WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& window) {
+  WindowGeometry g;
+  g.Left = ReadNumber(host, home, window, "Left");
+  g.Top = ReadNumber(host, home, window, "Top");
+  g.Width = ReadNumber(host, home, window, "Width");
+  g.Height = ReadNumber(host, home, window, "Height");
+  return g;
+}
+
+bool WriteGeometry(Host& host, const Home& home, const std::string& window,
+                   const WindowGeometry& geometry) {
+  bool ok = WriteValue(host, home.FrmDat(), window, "Left", NumberText(geometry.Left));
+  ok = WriteValue(host, home.FrmDat(), window, "Top", NumberText(geometry.Top)) && ok;
+  ok = WriteValue(host, home.FrmDat(), window, "Width", NumberText(geometry.Width)) && ok;
+  ok = WriteValue(host, home.FrmDat(), window, "Height", NumberText(geometry.Height)) && ok;
+  return ok;
+}
+
+std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
+  std::array<std::string, 5> files;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    files[i] = GetValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i));
+  }
+  return files;
+}
+
+bool WriteRecentFiles(Host& host, const Home& home, const std::array<std::string, 5>& files) {
+  bool ok = true;
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    ok = WriteValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i), files[i]) &&
+         ok;
+  }
+  return ok;
+}
+
+std::string ReadMcuType(Host& host, const Home& home) {
+  return GetValue(host, home.DataDat(), "Data", "McuType");
+}
+
+bool WriteMcuType(Host& host, const Home& home, const std::string& model) {
+  return WriteValue(host, home.DataDat(), "Data", "McuType", model);
+}
+
+ChipParams LoadStartupChip(Host& host, const Home& home, const std::string& model) {
+  ChipParams chip = LoadChipParams(host, home, model);
+  if (!chip.Loaded()) {
+    const ProfileList models = GetSectionKeys(host, home.QvmcIni(), "MCULIST");
+    if (models.size() > 1) chip = LoadChipParams(host, home, models[1]);
+  }
+  // Bit 8 is always clear on these chips; the start-up image must say so.
+  if (chip.Name == "QVM50F96A" || chip.Name == "QVM50F96B" || chip.Name == "QVM50F98B") {
+    for (auto& w : chip.RomWords) w &= 0xFEFF;
+    for (auto& w : chip.ConfigWords) w &= 0xFEFF;
+  }
+  return chip;
+}
+
+void PushRecentFile(std::array<std::string, 5>& files, const std::string& path) {
+  if (files[0] == path) return;
+  std::size_t from = files.size() - 1;  // not in 1..3: everything moves, entry 4 drops
+  for (std::size_t i = 1; i <= 3; ++i) {
+    if (files[i] == path) {
+      from = i;
+      break;
+    }
+  }
+  for (std::size_t i = from; i > 0; --i) files[i] = files[i - 1];
+  files[0] = path;
+}
+
+}  // namespace lk
