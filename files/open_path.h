@@ -1,0 +1,51 @@
+// The open dispatcher and New: every path the user opens (Open dialog, recent-file list,
+// reopen after Save, `lkwriter-cli show`) goes through OpenPath. It has no user interface
+// of its own: messages go through the Host, the Project is updated in place, and the
+// result says what the windows must redraw.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "core/home.h"
+#include "core/host.h"
+#include "core/project.h"
+
+namespace lk {
+
+struct OpenResult {
+  // The dispatcher ran to its end: the file existed and its reader (if any) accepted it.
+  // The image, hex text and checksum below are then current.
+  bool opened = false;
+  // A reader loaded an image (false for unknown endings such as ".txt").
+  bool imageLoaded = false;
+  // The reserved-word check refused the program and wiped the image.
+  bool reservedWiped = false;
+
+  std::string hexText;       // the hex document's text (no trailing line break)
+  std::string checksumText;  // "Checksum:XXXX"
+  bool refreshConfig = false;  // the configuration display must be rebuilt
+  bool showEedata = false;     // the EEDATA view must be redrawn with eedataText
+  std::string eedataText;
+  bool showRollDialog = false;  // a settings file exists beside the project
+  std::filesystem::path rollSettingsPath;
+  std::string fileModifyStatus;  // status panel 3, also set through the Host
+  std::string rollingStatus;     // status panel 1 when there is no settings file
+};
+
+// Opens path into project. Reports "File: "…" Not Found!" for a missing file and "Open
+// File Error!" for a refused one (the project then keeps its image). The recent-file
+// list is written to dat/data.dat of home.
+OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::string& path);
+
+// Menu New: a blank program under the caption "New File". Configuration words and EEDATA
+// stay as they are.
+OpenResult NewFile(Project& project);
+
+// Everything OpenPath redraws, from the current image (hex text, checksum, EEDATA view).
+OpenResult DescribeImage(const Project& project);
+
+// Text after the last folder separator and before the last ".".
+std::string FileTitleOf(const std::string& path);
+
+}  // namespace lk

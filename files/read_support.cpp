@@ -1,0 +1,69 @@
+#include "files/read_support.h"
+
+#include <fstream>
+#include <system_error>
+
+namespace lk::files {
+
+bool ReadBoundedFile(const std::filesystem::path& path, std::uintmax_t maxBytes,
+                     std::string& bytes) {
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(path, ec)) return false;
+  const std::uintmax_t size = std::filesystem::file_size(path, ec);
+  if (ec || size > maxBytes) return false;
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  std::string data(static_cast<std::size_t>(size), '\0');
+  in.read(data.data(), static_cast<std::streamsize>(size));
+  // The file may have changed between the size check and the read: keep what came.
+  data.resize(static_cast<std::size_t>(in.gcount()));
+  if (in.bad()) return false;
+  bytes = std::move(data);
+  return true;
+}
+
+std::string_view Mid(std::string_view text, std::size_t start, std::size_t length) {
+  if (start == 0 || start > text.size()) return {};
+  return text.substr(start - 1, length);
+}
+
+bool ParseHexField(std::string_view field, std::uint32_t& value) {
+  if (field.size() > 8) return false;
+  std::uint32_t v = 0;
+  for (char c : field) {
+    std::uint32_t digit;
+    if (c >= '0' && c <= '9') {
+      digit = static_cast<std::uint32_t>(c - '0');
+    } else if (c >= 'A' && c <= 'F') {
+      digit = static_cast<std::uint32_t>(c - 'A' + 10);
+    } else if (c >= 'a' && c <= 'f') {
+      digit = static_cast<std::uint32_t>(c - 'a' + 10);
+    } else {
+      return false;
+    }
+    v = (v << 4) | digit;
+  }
+  value = v;
+  return true;
+}
+
+std::uint32_t HalveRoundHalfEven(std::uint32_t value) {
+  const std::uint32_t half = value >> 1;
+  if ((value & 1u) == 0) return half;
+  return (half & 1u) ? half + 1 : half;
+}
+
+std::vector<std::string_view> SplitLines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  std::size_t start = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\r' && text[i] != '\n') continue;
+    lines.push_back(text.substr(start, i - start));
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    start = i + 1;
+  }
+  if (start < text.size()) lines.push_back(text.substr(start));
+  return lines;
+}
+
+}  // namespace lk::files
