@@ -21,7 +21,9 @@ bool IsBindOrDnib(const std::vector<std::int32_t>& b) {
          (b[3] == 0x44 && b[2] == 0x4E && b[1] == 0x49 && b[0] == 0x42);
 }
 
-bool IsZeroOrFF(std::int32_t v) { return v == 0x00 || v == 0xFF; }
+bool IsZeroOrFF(std::int32_t v) {
+  return v == 0x00 || v == 0xFF;
+}
 
 std::string Hex(std::int64_t value) {
   char text[32];
@@ -125,8 +127,7 @@ bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::in
     const std::int32_t address = settings.Addresses[i];
     if (address < 0 || static_cast<std::size_t>(address) >= words.size()) {
       host.Message(Icon::Critical,
-                   "Rolling Code Address " + Hex(address) +
-                       "H is outside the program memory!",
+                   "Rolling Code Address " + Hex(address) + "H is outside the program memory!",
                    kAppTitle);
       return false;
     }
@@ -145,16 +146,16 @@ bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& sett
   std::vector<std::int32_t> code = settings.Counts;
   host.Log("Rolling Code:" + RollCodeText(code));
   if (!NextRollCode(code)) {
-    const bool inRange = std::all_of(code.begin(), code.end(),
-                                     [](std::int32_t v) { return v >= 0 && v <= 0xFF; });
+    const bool inRange =
+        std::all_of(code.begin(), code.end(), [](std::int32_t v) { return v >= 0 && v <= 0xFF; });
     std::string why;
     if (!IsFourBytes(code)) {
       why = "Rolling Code must be 4 bytes long!";
     } else if (!inRange) {
       why = "Rolling Code " + RollCodeText(code) + " is not a valid code!";
     } else {
-      why = "Rolling Code " + RollCodeText(code) +
-            " has no successor: the code space is exhausted!";
+      why =
+          "Rolling Code " + RollCodeText(code) + " has no successor: the code space is exhausted!";
     }
     host.Message(Icon::Information, why, kAppTitle);
     return false;

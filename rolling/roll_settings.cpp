@@ -69,8 +69,7 @@ bool AcceptSeparator(const std::string& before) {
 
 // A byte is usable by the 2262 encoder when none of its 2-bit groups is "10".
 bool Valid2262(std::int32_t v) {
-  return (v & 0xC0) != 0x80 && (v & 0x30) != 0x20 && (v & 0x0C) != 0x08 &&
-         (v & 0x03) != 0x02;
+  return (v & 0xC0) != 0x80 && (v & 0x30) != 0x20 && (v & 0x0C) != 0x08 && (v & 0x03) != 0x02;
 }
 
 bool WriteAll(Host& host, const std::filesystem::path& file,
@@ -167,7 +166,9 @@ bool AcceptCountKey(const std::string& before, char key) {
   return key == ' ' && AcceptSeparator(before);
 }
 
-bool AcceptLengthKey(char key) { return key == '\b' || (key >= '1' && key <= '4'); }
+bool AcceptLengthKey(char key) {
+  return key == '\b' || (key >= '1' && key <= '4');
+}
 
 RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
                              const std::filesystem::path& settingsFile) {
@@ -227,8 +228,7 @@ RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
 
   if (!settingsFile.empty()) {
     if (!EnsureSettingsFile(host, settingsFile)) return RollOkResult::Refused;
-    const std::string version =
-        std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor);
+    const std::string version = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor);
     if (!WriteAll(host, settingsFile,
                   {{"Address", input.Address},
                    {"World_Lenth", input.Length},

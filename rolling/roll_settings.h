@@ -17,12 +17,12 @@ namespace lk {
 inline constexpr std::int32_t kMaxRollWordLength = 64;
 
 struct RollSettings {
-  bool Enabled = false;            // "Value" is exactly "True"
-  std::int32_t WordLength = 0;     // "World_Lenth"
+  bool Enabled = false;                 // "Value" is exactly "True"
+  std::int32_t WordLength = 0;          // "World_Lenth"
   std::vector<std::int32_t> Addresses;  // index 0 = address of byte 0
   std::vector<std::int32_t> Counts;     // the current code, index 0 = byte 0
   std::vector<std::int32_t> Steps;
-  bool Mode2262 = false;           // "2262mode" is exactly "1"
+  bool Mode2262 = false;  // "2262mode" is exactly "1"
 };
 
 // The project path without its last extension, plus ".ini".

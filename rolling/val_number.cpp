@@ -16,8 +16,8 @@ int HexDigit(char c) {
 }
 
 std::string_view SkipBlanks(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t' ||
-                           text.front() == '\r' || text.front() == '\n')) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t' || text.front() == '\r' ||
+                           text.front() == '\n')) {
     text.remove_prefix(1);
   }
   return text;
@@ -94,8 +94,8 @@ std::int32_t ValInt32(std::string_view text) {
   }
   if (!anyDigit) return 0;
   // An exponent only counts when digits follow it ("1e" is 1).
-  if (i + 1 < text.size() && (text[i] == 'e' || text[i] == 'E' || text[i] == 'd' ||
-                              text[i] == 'D')) {
+  if (i + 1 < text.size() &&
+      (text[i] == 'e' || text[i] == 'E' || text[i] == 'd' || text[i] == 'D')) {
     std::size_t j = i + 1;
     bool negativeExponent = false;
     if (j < text.size() && (text[j] == '+' || text[j] == '-')) {
