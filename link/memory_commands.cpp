@@ -34,10 +34,11 @@ std::vector<std::int32_t> RomImage(const ChipParams& chip) {
   return words;
 }
 
-// The addresses that carry the rolling code: one per code byte.
+// The addresses that carry the rolling code: one per placed code byte, the same count
+// PlaceRollCode uses.
 std::vector<std::int32_t> RollAddresses(const RollSettings& settings) {
-  std::size_t count = settings.Addresses.size();
-  if (settings.WordLength > 0) count = std::min<std::size_t>(count, settings.WordLength);
+  const std::size_t count = std::min({static_cast<std::size_t>(std::max(settings.WordLength, 0)),
+                                      settings.Addresses.size(), settings.Counts.size()});
   return std::vector<std::int32_t>(settings.Addresses.begin(), settings.Addresses.begin() + count);
 }
 

@@ -1,0 +1,219 @@
+#include "link/writer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/link/fake_wire.h"
+
+namespace lk::test {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+TEST(CheckAnswerTest, JudgesLengthBeforeChecksum) {
+  struct Case {
+    const char* what;
+    Report answer;
+    bool good;
+  };
+  Report len2{};
+  len2[1] = 2;
+  len2[2] = 0xE1;
+  len2[3] = 0xE3;  // would be a matching "checksum" of [1..2] if the length were trusted
+  Report len65{};
+  len65[1] = 65;
+  Report badSum = Checked(0xE1, {1, 2});
+  badSum[5] ^= 0x01;
+  Report full{};
+  full[1] = 64;
+  unsigned sum = 64;
+  for (int i = 2; i <= 63; ++i) sum += (full[i] = static_cast<std::uint8_t>(i));
+  full[64] = sum & 0xFF;
+  Report three{};
+  three[1] = 3;
+  three[2] = 0xE1;
+  three[3] = 0xE4;  // 3 + 0xE1
+  const Case cases[] = {
+      {"length 2", len2, false},
+      {"length 65", len65, false},
+      {"bad checksum", badSum, false},
+      {"length 3, no data", three, true},
+      {"length 64", full, true},
+      {"with data", Checked(0xA0, {3, 1}), true},
+  };
+  for (const Case& c : cases) EXPECT_EQ(CheckAnswer(c.answer), c.good) << c.what;
+}
+
+TEST(Hex2Test, TwoUpperCaseDigitsOfTheLowByte) {
+  EXPECT_EQ(Hex2(0), "00");
+  EXPECT_EQ(Hex2(0x0A), "0A");
+  EXPECT_EQ(Hex2(0xFF), "FF");
+  EXPECT_EQ(Hex2(0x1AB), "AB");
+  EXPECT_EQ(Hex2(-1), "FF");
+}
+
+TEST(WriterFrameTest, VersionQuerySendsLiteralChecksumAndStoresTheWord) {
+  WriterFixture f(0);
+  f.wire->script.push_back(Checked(0xA0, {2, 7}));
+  ASSERT_TRUE(f.writer.GetWriterVersion());
+  EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xA0, 0xA3}));
+  EXPECT_EQ(f.wire->sent[0][0], 0);  // report ID
+  EXPECT_EQ(f.writer.WriterVersion, 0x0702u);
+  EXPECT_TRUE(f.writer.FirstGeneration());
+}
+
+TEST(WriterFrameTest, BadVersionAnswersLeaveTheVersion) {
+  Report corrupt = Checked(0xA0, {3, 1});
+  corrupt[5] ^= 0xFF;
+  const std::optional<Report> answers[] = {std::nullopt, Checked(0xE1, {3, 1}), corrupt};
+  for (const auto& answer : answers) {
+    WriterFixture f(0x0105);
+    f.wire->script.push_back(answer);
+    EXPECT_FALSE(f.writer.GetWriterVersion());
+    EXPECT_EQ(f.writer.WriterVersion, 0x0105u);
+  }
+}
+
+TEST(WriterFrameTest, FinishOperationSendsResultWaitsAndEnds) {
+  for (bool passed : {true, false}) {
+    WriterFixture f;
+    f.writer.FinishOperation(passed);
+    ASSERT_EQ(f.wire->sent.size(), 2u);
+    const std::uint8_t result = passed ? 0xE5 : 0xE6;
+    EXPECT_EQ(f.wire->Packet(0), (Bytes{3, result, static_cast<std::uint8_t>(3 + result)}));
+    EXPECT_EQ(f.wire->Packet(1), (Bytes{3, 0xE4, 0xE7}));
+    EXPECT_EQ(f.waits, (std::vector<int>{100}));
+  }
+}
+
+TEST(WriterFrameTest, ReturnToIdleOnlyOnTheFirstGeneration) {
+  struct Case {
+    std::uint32_t version;
+    std::size_t reports;
+  };
+  for (const Case c : {Case{0x0002, 1}, Case{0x0102, 1}, Case{0x0003, 0}, Case{0x0005, 0}}) {
+    WriterFixture f(c.version);
+    f.writer.ReturnToIdle();
+    ASSERT_EQ(f.wire->sent.size(), c.reports) << c.version;
+    if (c.reports == 1) {
+      EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xE1, 0xE4}));
+      EXPECT_EQ(f.waits, (std::vector<int>{50}));
+    }
+  }
+}
+
+TEST(WriterFrameTest, WaitWriterReadyPollsWhileBusy) {
+  WriterFixture f;
+  for (int i = 0; i < 5; ++i) f.wire->script.push_back(Checked(0xE3));
+  f.wire->script.push_back(Checked(0xE1));
+  EXPECT_TRUE(f.writer.WaitWriterReady());
+  EXPECT_EQ(f.wire->sent.size(), 6u);
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(f.wire->Packet(i), (Bytes{3, 0xF1, 0xF4}));
+}
+
+TEST(WriterFrameTest, WaitWriterReadyEndsOnOtherAnswers) {
+  const std::optional<Report> answers[] = {Checked(0xE2), Checked(0x00), std::nullopt};
+  for (const auto& answer : answers) {
+    WriterFixture f;
+    f.wire->script = {Checked(0xE3), answer};
+    EXPECT_FALSE(f.writer.WaitWriterReady());
+    EXPECT_EQ(f.wire->sent.size(), 2u);
+  }
+}
+
+TEST(WriterFrameTest, WaitWriterReadyGivesUpAtItsDeadline) {
+  WriterFixture f;
+  f.wire->responder = [](const Report&) { return Checked(0xE3); };
+  f.writer.SetReadyDeadlineMs(80);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(f.writer.WaitWriterReady());
+  const auto took = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(took, std::chrono::milliseconds(80));
+  EXPECT_LT(took, std::chrono::seconds(2));
+  EXPECT_GT(f.wire->sent.size(), 1u);
+  EXPECT_FALSE(f.host.diagnostics.empty());
+}
+
+TEST(WriterFrameTest, ReadPacketsByGeneration) {
+  // 41 words: one full packet of 32 and a last one of 9.
+  {
+    WriterFixture f(3);
+    f.memory.config.assign(41, 0);
+    for (int i = 0; i < 41; ++i) f.memory.config[i] = 0x100 * i + 1;
+    const auto words = f.writer.ReadWords(40, 0xF5);
+    ASSERT_TRUE(words);
+    ASSERT_EQ(f.wire->sent.size(), 2u);
+    EXPECT_EQ(f.wire->Packet(0), (Bytes{6, 0xF5, 0, 0, 64, 0x3B}));
+    EXPECT_EQ(f.wire->Packet(1), (Bytes{6, 0xF5, 32, 0, 18, 0x2D}));
+    ASSERT_EQ(words->size(), 41u);
+    EXPECT_EQ((*words)[40], 0x2801);
+  }
+  {
+    WriterFixture f(2);
+    for (int i = 0; i < 41; ++i) f.memory.config[i % 16] = i;
+    const auto words = f.writer.ReadWords(40, 0xF2);
+    ASSERT_TRUE(words);
+    ASSERT_EQ(f.wire->sent.size(), 2u);
+    EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xF2, 0xF5}));
+    EXPECT_EQ(f.wire->Packet(1), (Bytes{3, 0xF2, 0xF5}));
+    EXPECT_EQ(words->size(), 41u);
+  }
+}
+
+TEST(WriterFrameTest, SilentOrUnpluggedWriterFailsTheStep) {
+  {
+    WriterFixture f;
+    f.wire->script = {Checked(0xE1), std::nullopt};
+    EXPECT_FALSE(f.writer.ReadWords(63, 0xF2));
+    EXPECT_FALSE(f.host.diagnostics.empty());
+  }
+  {
+    WriterFixture f;
+    f.wire->unplugAfterSends = 1;
+    EXPECT_FALSE(f.writer.ReadWords(63, 0xF2));
+    EXPECT_FALSE(f.writer.GetWriterVersion());
+    EXPECT_TRUE(f.writer.GetWriterId().empty());
+  }
+  {
+    // Nothing open: every step fails without touching a transport.
+    RecordingHost host;
+    auto wire = std::make_shared<FakeWire>();
+    wire->present = false;
+    Writer writer(host, std::make_unique<FakeBus>(wire));
+    EXPECT_FALSE(writer.FindWriter());
+    EXPECT_FALSE(writer.OpenWriterHandles());
+    EXPECT_FALSE(writer.GetWriterVersion());
+    EXPECT_FALSE(writer.WaitWriterReady());
+    writer.FinishOperation(true);
+    EXPECT_TRUE(wire->sent.empty());
+  }
+}
+
+TEST(WriterFrameTest, WriterIdPackets) {
+  WriterFixture f;
+  f.wire->script = {Checked(0xE1), Checked(0xA2, {0x40, 0xE2, 0x01, 0x00, 6, '#'})};
+  EXPECT_TRUE(f.writer.SetWriterId({0x12, 0x34, 0x56, 0x78}));
+  EXPECT_EQ(f.wire->Packet(0), (Bytes{7, 0xA1, 0x12, 0x34, 0x56, 0x78, 0xBC}));
+  const Bytes id = f.writer.GetWriterId();
+  EXPECT_EQ(f.wire->Packet(1), (Bytes{3, 0xA2, 0xA5}));
+  ASSERT_EQ(id.size(), 9u);
+  EXPECT_EQ(id[0], 9);
+  EXPECT_EQ(id[1], 0xA2);
+  EXPECT_EQ(id[2], 0x40);
+  EXPECT_EQ(id[7], '#');
+}
+
+TEST(WriterFrameTest, CommandBufferIsSentWholeAndNeverCleared) {
+  WriterFixture f;
+  f.writer.OutputReportData.fill(0x77);
+  f.writer.FinishOperation(true);
+  const Report& r = f.wire->sent[0];
+  EXPECT_EQ(r[0], 0);
+  EXPECT_EQ(r[1], 3);
+  EXPECT_EQ(r[4], 0x77);
+  EXPECT_EQ(r[64], 0x77);
+}
+
+}  // namespace
+}  // namespace lk::test
