@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include "tests/link/fake_wire.h"
+#include "tests/support/temp_dir.h"
+
+namespace lk::test {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Project ProjectFor(ChipParams chip) {
+  Project p;
+  p.Chip = std::move(chip);
+  return p;
+}
+
+// Sent reports with the given command code, as packets.
+std::vector<Bytes> PacketsOf(const FakeWire& wire, std::uint8_t code) {
+  std::vector<Bytes> out;
+  for (std::size_t i = 0; i < wire.sent.size(); ++i) {
+    if (wire.sent[i][2] == code) out.push_back(wire.Packet(i));
+  }
+  return out;
+}
+
+TEST(ProgramRomTest, PacketLengthsAndAddressesByGeneration) {
+  struct Case {
+    std::uint32_t version;
+    int romSize;
+    std::size_t packets;
+    int lastWords;
+  };
+  // 100 words = 4 x 24 + 4; 48 words = 2 x 24 exactly.
+  const Case cases[] = {{3, 99, 5, 4}, {2, 99, 5, 4}, {3, 47, 2, 24}, {2, 47, 2, 24}};
+  for (const Case& c : cases) {
+    WriterFixture f(c.version);
+    Project project = ProjectFor(TestChip(c.romSize));
+    for (int i = 0; i <= c.romSize; ++i) project.Chip.RomWords[i] = 0x1000 + i;
+    ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
+    const auto packets = PacketsOf(*f.wire, 0xF3);
+    ASSERT_EQ(packets.size(), c.packets);
+    const bool second = c.version >= 3;
+    const int head = second ? 5 : 2;
+    for (std::size_t k = 0; k < packets.size(); ++k) {
+      const Bytes& p = packets[k];
+      const int words = k + 1 == packets.size() ? c.lastWords : 24;
+      ASSERT_EQ(p.size(), static_cast<std::size_t>(head + 2 * words + 1));
+      EXPECT_EQ(p[0], p.size());
+      if (second) {
+        EXPECT_EQ(p[2] | (p[3] << 8), static_cast<int>(24 * k));
+        EXPECT_EQ(p[4], 2 * words);
+      }
+      const int first = 24 * static_cast<int>(k);
+      EXPECT_EQ(p[head] | (p[head + 1] << 8), 0x1000 + first);
+      EXPECT_EQ(p.back(), proto::Checksum(p.data(), static_cast<int>(p.size()) - 1));
+    }
+    EXPECT_EQ(f.host.progressMaximum, c.romSize);
+    EXPECT_EQ(f.host.lastProgress, c.romSize);
+  }
+}
+
+TEST(ProgramRomTest, StopsAtTheFirstRefusedPacket) {
+  Report corrupt = Checked(0xE1);
+  corrupt[3] = 0;
+  const std::optional<Report> refusals[] = {Checked(0xE2), corrupt, std::nullopt};
+  for (const auto& refusal : refusals) {
+    WriterFixture f;
+    f.wire->script = {Checked(0xE1), refusal};
+    EXPECT_FALSE(f.writer.ProgramRom(ProjectFor(TestChip(99)), 0xF3));
+    EXPECT_EQ(f.wire->sent.size(), 2u);
+  }
+}
+
+TEST(ProgramRomTest, TestWordsOfTheFactory) {
+  struct Case {
+    std::string name;
+    std::string prod;
+    int romSize;
+    std::uint16_t word7;
+    int at;  // where word 7 goes; -1 = refused
+    std::uint8_t code;
+  };
+  const Case cases[] = {
+      {"QVM50F96B", "5096", 0xFFF, 0x3412, 4093, 0xF3},
+      {"QVM50F98B", "5098", 0xFFF, 0x3400, 4093, 0xF3},
+      {"QVM50F96B", "5096", 0xFFF, 0x1512, -1, 0xF3},
+      {"QVM50P99", "5099", 0x7FF, 0x1577, 2045, 0xF3},
+      {"QVM50P99", "5099", 0x7FF, 0x3477, -1, 0xF3},
+      {"QVM20A23", "2023", 0x3FF, 0x0ABC, 0x3FE, 0xF3},
+      {"QVM34A4", "34A4", 0x7FF, 0x1234, 0x7FE, 0xF3},
+      {"LK467", "4670", 0x3FF, 0x0001, 0x3FE, 0xF3},
+  };
+  for (const Case& c : cases) {
+    WriterFixture f;
+    ChipParams chip = TestChip(c.romSize);
+    chip.Name = c.name;
+    chip.Prod = c.prod;
+    f.memory.config[7] = c.word7;
+    const bool ok = f.writer.ProgramRom(ProjectFor(chip), c.code);
+    const auto program = PacketsOf(*f.wire, 0xF3);
+    if (c.at < 0) {
+      EXPECT_FALSE(ok) << c.name;
+      EXPECT_TRUE(program.empty());
+      ASSERT_EQ(f.host.messages.size(), 1u);
+      EXPECT_EQ(f.host.messages[0].text,
+                "未检测到芯片应有的测试内容，请确认芯片型号是否正确以及芯片是否经过最新的测试！");
+      EXPECT_EQ(f.wire->Codes().back(), 0xF6);  // the block is sent again
+      continue;
+    }
+    ASSERT_TRUE(ok) << c.name;
+    EXPECT_EQ(f.wire->Packet(0), (Bytes{6, 0xF5, 0, 0, 16, 0x0B}));
+    const Bytes& p = program[c.at / 24];
+    const int i = 5 + 2 * (c.at % 24);
+    EXPECT_EQ(p[i] | (p[i + 1] << 8), c.word7) << c.name;
+    EXPECT_EQ(p[i + 2] | (p[i + 3] << 8), c.word7 ^ 0x3FFF) << c.name;
+  }
+}
+
+TEST(ProgramRomTest, ModelRulesAndStoreCode) {
+  {
+    // 32A3 keeps its four factory words at 0x3FC..0x3FF, for the chip and the store.
+    for (std::uint8_t code : {0xF3, 0xF7}) {
+      WriterFixture f;
+      ChipParams chip = TestChip(0x3FF);
+      chip.Prod = "32A3";
+      for (auto& w : chip.RomWords) w = 0x0123;
+      ASSERT_TRUE(f.writer.ProgramRom(ProjectFor(chip), code));
+      const auto packets = PacketsOf(*f.wire, code);
+      const Bytes& last = packets.back();  // words 1008..1023
+      EXPECT_EQ(last[5 + 2 * 11] | (last[6 + 2 * 11] << 8), 0x0123);  // 1019
+      for (int a = 1020; a <= 1023; ++a) {
+        EXPECT_EQ(last[5 + 2 * (a - 1008)] | (last[6 + 2 * (a - 1008)] << 8), 0xFFFF) << a;
+      }
+    }
+  }
+  {
+    // The store gets no test words: nothing is read from the chip area.
+    WriterFixture f;
+    ChipParams chip = TestChip(0xFFF);
+    chip.Name = "QVM50F96B";
+    ASSERT_TRUE(f.writer.ProgramRom(ProjectFor(chip), 0xF7));
+    EXPECT_EQ(f.wire->CountCode(0xF5), 0u);
+  }
+}
+
+TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
+  TempDir dir;
+  dir.Write("p.ini",
+            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=2\r\nAddress=1E A\r\n"
+            "Count=205 171\r\nStep=0 1\r\n2262mode=0\r\n");
+  Project project = ProjectFor(TestChip(63));
+  project.ProjectPath = (dir / "p.lkx").string();
+  project.RollingEnabled = true;
+  for (auto& w : project.Chip.RomWords) w = 0x2F00;
+  WriterFixture f;
+  ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
+  const auto packets = PacketsOf(*f.wire, 0xF3);
+  auto wordAt = [&](int a) {
+    const Bytes& p = packets[a / 24];
+    return p[5 + 2 * (a % 24)] | (p[6 + 2 * (a % 24)] << 8);
+  };
+  EXPECT_EQ(wordAt(10), 0x2FAB);
+  EXPECT_EQ(wordAt(30), 0x2FCD);
+  EXPECT_EQ(wordAt(11), 0x2F00);
+  EXPECT_EQ(project.Chip.RomWords[10], 0x2F00);  // the image keeps its word
+
+  // Not placed for the store, nor when the dialog's option is off.
+  for (bool enabled : {true, false}) {
+    WriterFixture g;
+    project.RollingEnabled = enabled;
+    ASSERT_TRUE(g.writer.ProgramRom(project, enabled ? 0xF7 : 0xF3));
+    const Bytes p = PacketsOf(*g.wire, enabled ? 0xF7 : 0xF3)[0];
+    EXPECT_EQ(p[5 + 20] | (p[6 + 20] << 8), 0x2F00);
+  }
+}
+
+TEST(ProgramRomTest, RollingAddressBeyondTheChipIsRefusedBeforeProgramming) {
+  TempDir dir;
+  dir.Write("p.ini",
+            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=1\r\nAddress=40\r\n"
+            "Count=1\r\nStep=1\r\n2262mode=0\r\n");
+  Project project = ProjectFor(TestChip(63));
+  project.ProjectPath = (dir / "p.lkx").string();
+  project.RollingEnabled = true;
+  WriterFixture f;
+  EXPECT_FALSE(f.writer.ProgramRom(project, 0xF3));
+  EXPECT_TRUE(f.wire->sent.empty());
+  EXPECT_EQ(f.host.messages.size(), 1u);
+}
+
+TEST(ReadRomTest, StoresTheWordsOfBothGenerations) {
+  for (std::uint32_t version : {2u, 3u}) {
+    WriterFixture f(version);
+    Project project = ProjectFor(TestChip(0x5F));  // 96 words: three reads
+    f.memory.rom.resize(96);
+    for (int i = 0; i < 96; ++i) f.memory.rom[i] = 0x0100 + i;
+    ASSERT_TRUE(f.writer.ReadRom(project));
+    ASSERT_EQ(project.Chip.RomWords.size(), 96u);
+    EXPECT_EQ(project.Chip.RomWords[95], 0x015F);
+    EXPECT_EQ(f.wire->CountCode(0xF2), 3u);
+    EXPECT_EQ(f.wire->sent[0][1], version < 3 ? 3 : 6);
+  }
+}
+
+TEST(ProgramConfigTest, WordsBelowConfigLengthWithForcedBits) {
+  struct Case {
+    std::string prod;
+    std::uint16_t word0;
+    std::uint16_t word1;
+  };
+  const Case cases[] = {
+      {"1234", 0x3FFF, 0x3FFF},
+      {"30D1", (0x3FFF & 0x17DF) | 11, (0x3FFF & 0x1FFC) | 3},
+      {"30D2", (0x3FFF & 0x17EF) | 96, (0x3FFF & 0x1FFA) | 10},
+      {"30D3", (0x3FFF & 0x1F5A) | 90, 0x3FFF | 0x1E3F},
+      {"30D4", (0x3FFF & 0x1FDF) | 31, 0x3FFF | 0x1FFF},
+  };
+  for (const Case& c : cases) {
+    WriterFixture f;
+    ChipParams chip = TestChip();
+    chip.Prod = c.prod;
+    chip.ConfigLength = 2;  // words 0 and 1 are sent, word 2 is not
+    chip.ConfigWords = {0x3FFF, 0x3FFF, 0x1234};
+    ASSERT_TRUE(f.writer.ProgramConfig(ProjectFor(chip), 0xF9));
+    const Bytes p = f.wire->Packet(0);
+    ASSERT_EQ(p.size(), 10u) << c.prod;
+    EXPECT_EQ(p[0], 10);
+    EXPECT_EQ(p[4], 4);
+    EXPECT_EQ(p[5] | (p[6] << 8), c.word0) << c.prod;
+    EXPECT_EQ(p[7] | (p[8] << 8), c.word1) << c.prod;
+  }
+}
+
+TEST(VerifyRomTest, FirstDifferenceFillsTheResult) {
+  WriterFixture f;
+  Project project = ProjectFor(TestChip(0x3F));
+  f.memory.rom.assign(64, 0x3FFF);
+  VerifyResult result;
+  f.writer.VerifyRom(project, result, 0xF2);
+  EXPECT_TRUE(result.Pass);
+  f.memory.rom[0x2A] = 0x0123;
+  f.memory.rom[0x30] = 0x0000;
+  f.writer.VerifyRom(project, result, 0xF2);
+  EXPECT_FALSE(result.Pass);
+  EXPECT_EQ(result.Status, 0);
+  EXPECT_EQ(result.Address, "002A");
+  EXPECT_EQ(result.FileData, "3FFF");
+  EXPECT_EQ(result.ChipData, "0123");
+  f.wire->script = {std::nullopt};
+  f.writer.VerifyRom(project, result, 0xF2);
+  EXPECT_FALSE(result.Pass);
+  EXPECT_EQ(result.Status, 1);
+}
+
+TEST(VerifyRomTest, FeffToleranceOfTheDModels) {
+  struct Case {
+    std::string name;
+    std::uint8_t code;
+    int address;
+    bool pass;
+  };
+  const Case cases[] = {
+      {"QVM50F96D", 0xF2, 4093, true}, {"QVM50F98D", 0xF2, 4094, true},
+      {"QVM50F98D", 0xFB, 4094, false}, {"QVM50F96D", 0xF2, 4092, false},
+      {"QVM50F96E", 0xF2, 4093, false},
+  };
+  for (const Case& c : cases) {
+    WriterFixture f;
+    ChipParams chip = TestChip(0xFFF);
+    chip.Name = c.name;
+    f.memory.rom.assign(4096, 0x3FFF);
+    f.memory.rom[c.address] = 0xFEFF;
+    VerifyResult result;
+    f.writer.VerifyRom(ProjectFor(chip), result, c.code);
+    EXPECT_EQ(result.Pass, c.pass) << c.name << " " << c.address;
+  }
+}
+
+TEST(VerifyRomTest, RollingAddressesAreLeftOut) {
+  TempDir dir;
+  dir.Write("p.ini",
+            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=1\r\nAddress=5\r\n"
+            "Count=7\r\nStep=1\r\n2262mode=0\r\n");
+  Project project = ProjectFor(TestChip(63));
+  project.ProjectPath = (dir / "p.lkx").string();
+  project.RollingEnabled = true;
+  WriterFixture f;
+  f.memory.rom.assign(64, 0x3FFF);
+  f.memory.rom[5] = 0x3F06;  // the previous chip's code
+  VerifyResult result;
+  f.writer.VerifyRom(project, result, 0xF2);
+  EXPECT_TRUE(result.Pass);
+  f.memory.rom[6] = 0;
+  f.writer.VerifyRom(project, result, 0xF2);
+  EXPECT_EQ(result.Address, "0006");
+}
+
+TEST(VerifyConfigTest, MasksOfTheSpecialCodes) {
+  struct Case {
+    std::string prod;
+    std::uint16_t file1;
+    std::uint16_t chip1;
+    bool pass;
+  };
+  const Case cases[] = {
+      {"1234", 0x0FFF, 0x0FFF, true},
+      {"1234", 0x0FFF, 0xEFFF, false},
+      {"32A3", 0x0FFF, 0xEFFF, true},   // bits 13-15 read as 1
+      {"32A3", 0x0FFF, 0x0FFF, false},
+      {"30D4", 0x0000, 0xFFFF, true},   // forced to 0x1FFF, upper bits ignored
+      {"30D4", 0x0000, 0x1FFE, false},
+  };
+  for (const Case& c : cases) {
+    WriterFixture f;
+    ChipParams chip = TestChip();
+    chip.Prod = c.prod;
+    chip.ConfigLength = 2;
+    chip.ConfigWords = {0x001F, c.file1, 0};
+    f.memory.config[0] = 0x001F;
+    f.memory.config[1] = c.chip1;
+    VerifyResult result;
+    f.writer.VerifyConfig(ProjectFor(chip), result, 0xF5);
+    EXPECT_EQ(result.Pass, c.pass) << c.prod << " " << c.chip1;
+    if (!c.pass) {
+      EXPECT_EQ(result.Address, "Config(1)");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace lk::test
