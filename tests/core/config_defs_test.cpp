@@ -1,0 +1,119 @@
+#include "core/config_defs.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/recording_host.h"
+#include "tests/support/temp_dir.h"
+
+namespace lk {
+namespace {
+
+using test::RecordingHost;
+using test::TempDir;
+using Words = std::vector<std::int32_t>;
+
+TEST(ConfigDefsTest, CurrentChoiceLastMatchWins) {
+  const ProfileList lines{"", "LENTH=1", "A=0,0,1", "B=0,1,1", "C=0,2,0", "D=0,0,1:0,1,0"};
+  struct Case {
+    std::int32_t word;
+    const char* expected;
+  } cases[] = {
+      {0x0001, "D"},  // A, C and D match: D is last
+      {0x0003, "C"},  // A, B, C match
+      {0x0004, ""},   // nothing matches
+      {0x0007, "B"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(CurrentChoice(lines, {c.word}), c.expected) << c.word;
+}
+
+TEST(ConfigDefsTest, UnparsableOrOutOfRangeChoicesNeverMatch) {
+  const ProfileList lines{"", "LENTH=1",  "A=0,x,1", "B=1,0,1", "C=0,16,1",
+                          "D=0,0",       "E=",       "F=0,0,2", "G=-1,0,1"};
+  EXPECT_EQ(CurrentChoice(lines, {0xFFFF}), "");
+}
+
+TEST(ConfigDefsTest, FieldBinaryMsbFirst) {
+  EXPECT_EQ(FieldBinary("0,0:0,1:0,2", {0x0005}), "101");
+  EXPECT_EQ(FieldBinary("0,0:0,1:0,2", {0x0006}), "110");
+  EXPECT_EQ(FieldBinary("1,8:0,0", {0x0000, 0x0100}), "01");  // first item is the LSB
+  EXPECT_EQ(FieldBinary("0,a", {0}), "");
+  EXPECT_EQ(FieldBinary("2,0", {0}), "");
+}
+
+TEST(ConfigDefsTest, ApplyChoice) {
+  struct Case {
+    const char* items;
+    Words before;
+    Words after;
+    bool ok;
+  } cases[] = {
+      {"0,3,1:0,4,0", {0x3FFF}, {0x3FEF}, true},
+      {"0,3,1:0,4,0", {0x0000}, {0x0008}, true},
+      {"1,0,0:1,1,1", {0x3FFF, 0x3FFD}, {0x3FFF, 0x3FFE}, true},
+      {"0,0,2", {0x3FFF}, {0x3FFE}, true},  // any value but 1 clears
+      {"0,0,1:0,z,1", {0x0000}, {0x0000}, false},
+      {"1,0,1", {0x0000}, {0x0000}, false},  // the chip has no word 1
+      {"", {0x0001}, {0x0001}, false},
+  };
+  for (const auto& c : cases) {
+    Words w = c.before;
+    EXPECT_EQ(ApplyChoiceItems(c.items, w), c.ok) << c.items;
+    EXPECT_EQ(w, c.after) << c.items;
+  }
+}
+
+TEST(ConfigDefsTest, DecodeFile) {
+  TempDir dir;
+  RecordingHost host;
+  const auto file = dir.Write("cfg/M.cfg",
+                              "; M\r\n[WDT 看门狗]\r\nLENTH=1\r\nOn=0,0,1\r\nOff=0,0,0\r\n"
+                              "[TRIM]\r\nLENTH=3\r\nNAME=T\r\nDAT=0,4:0,5:0,6\r\n"
+                              "[NO DAT]\r\nLENTH=2\r\nNAME=X\r\n"
+                              "[SHORT]\r\nLENTH=1\r\n"
+                              "[AFTER]\r\nLENTH=1\r\nA=0,0,1\r\n");
+  const auto rows = DecodeConfigOptions(host, file, {0x0051});
+  ASSERT_EQ(rows.size(), 3u);  // SHORT ends the list
+  EXPECT_EQ(rows[0].Option, "WDT 看门狗");
+  EXPECT_EQ(rows[0].Value, "On");
+  EXPECT_EQ(rows[1].Option, "TRIM");
+  EXPECT_EQ(rows[1].Value, "101");
+  EXPECT_EQ(rows[2].Value, "");
+  EXPECT_TRUE(host.messages.empty());
+
+  Words w{0x0051};
+  EXPECT_TRUE(ApplyConfigChoice(host, file, "WDT 看门狗", "Off", w));
+  EXPECT_EQ(w, Words{0x0050});
+  EXPECT_FALSE(ApplyConfigChoice(host, file, "WDT 看门狗", "Maybe", w));
+}
+
+TEST(ConfigDefsTest, MissingFileGivesMessageAndNoRows) {
+  TempDir dir;
+  RecordingHost host;
+  ChipParams chip;
+  chip.Name = "NOPE";
+  chip.ConfigWords = {0};
+  EXPECT_TRUE(ShowConfigOptions(host, Home(dir.Path()), chip).empty());
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].text,
+            "File: \"" + (dir / "cfg" / "NOPE.cfg").string() + "\" Not Found!");
+}
+
+// The shipped definitions decode the shipped defaults of their chips completely.
+TEST(ShippedDefinitionsTest, EveryOptionHasACurrentValue) {
+  RecordingHost host;
+  const Home home(LK_SOURCE_DIR);
+  for (const char* model :
+       {"LK3PW89", "LK3PS89", "LK3P7674", "QVM50F96B", "QVM50P99", "LK8F16E1", "LK8P32A3"}) {
+    const auto list = GetSections(host, home.ConfigDefinitions(model));
+    ChipParams chip;
+    chip.Name = model;
+    chip.ConfigWords = {0x3FFF, 0x3FFF, 0x3FFF, 0x3FFF};
+    const auto rows = ShowConfigOptions(host, home, chip);
+    EXPECT_EQ(rows.size() + 1, list.size()) << model;
+    for (const auto& row : rows) EXPECT_FALSE(row.Value.empty()) << model << ": " << row.Option;
+  }
+  EXPECT_TRUE(host.messages.empty());
+}
+
+}  // namespace
+}  // namespace lk
