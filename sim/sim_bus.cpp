@@ -32,8 +32,8 @@ std::shared_ptr<SimWriter> MakeSimWriter(Host& host, const Home& home, const Sim
     }
     std::optional<SimState> loaded = ParseState(text, error);
     if (!loaded) {
-      return Refuse(host,
-                    "The simulated writer state file " + config.stateFile + " is corrupt: " + error);
+      return Refuse(
+          host, "The simulated writer state file " + config.stateFile + " is corrupt: " + error);
     }
     state = std::move(*loaded);
   }

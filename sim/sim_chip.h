@@ -29,12 +29,12 @@ struct SimChip {
   std::int32_t type = 0;
   std::string prod;
   bool otp = true;
-  std::uint16_t blank = 0x3FFF;  // HexMcu: the erased word and the word width mask
-  int configLength = 0;          // highest configuration word index
-  bool programmed = false;       // a program packet reached the chip since the last erase
-  std::vector<std::uint16_t> program;                // 0..RomSize
+  std::uint16_t blank = 0x3FFF;        // HexMcu: the erased word and the word width mask
+  int configLength = 0;                // highest configuration word index
+  bool programmed = false;             // a program packet reached the chip since the last erase
+  std::vector<std::uint16_t> program;  // 0..RomSize
   std::array<std::uint16_t, kConfigAreaWords> config{};  // configuration area
-  std::vector<std::uint8_t> eedata;                  // empty: no EEDATA
+  std::vector<std::uint8_t> eedata;                      // empty: no EEDATA
 
   // A blank chip of the model: program and configuration words blank, the type
   // word and the factory words in the configuration area, EEDATA all 0xFF.

@@ -13,14 +13,14 @@ constexpr const char* kMagic = "LKWRITER-SIM-STATE 1";
 constexpr size_t kMaxWords = 0x10000;
 constexpr size_t kMaxBytes = 0x10000;
 
-const char* const kChipKeys[] = {"chip",       "chip.type",    "chip.prod",
-                                 "chip.otp",   "chip.blank",   "chip.configlength",
-                                 "chip.programmed", "chip.program", "chip.config",
-                                 "chip.eedata"};
-const char* const kOtherKeys[] = {"id",          "store.block",    "store.program",
-                                  "store.config", "store.sum",     "store.rollstart",
-                                  "store.rollstep", "store.eeflag", "store.eesum",
-                                  "store.eedata"};
+const char* const kChipKeys[] = {
+    "chip",        "chip.type",         "chip.prod",       "chip.otp",
+    "chip.blank",  "chip.configlength", "chip.programmed", "chip.program",
+    "chip.config", "chip.eedata"};
+const char* const kOtherKeys[] = {
+    "id",          "store.block",     "store.program",  "store.config",
+    "store.sum",   "store.rollstart", "store.rollstep", "store.eeflag",
+    "store.eesum", "store.eedata"};
 
 std::string Hex(unsigned value, int digits) {
   static const char kDigits[] = "0123456789ABCDEF";
@@ -69,8 +69,8 @@ bool ParseList(const std::string& text, int digits, size_t limit, std::vector<T>
 
 bool ParseDecimal(const std::string& text, long long low, long long high, long long& value) {
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return !text.empty() && ec == std::errc() && end == text.data() + text.size() &&
-         value >= low && value <= high;
+  return !text.empty() && ec == std::errc() && end == text.data() + text.size() && value >= low &&
+         value <= high;
 }
 
 bool ParseFlag(const std::string& text, bool& value) {
@@ -117,8 +117,7 @@ std::optional<SimState> ParseState(const std::string& text, std::string& error) 
   std::istringstream in(text);
   std::string line;
   if (!std::getline(in, line) || line != kMagic) {
-    error = "not a simulated writer state file (first line is not \"" + std::string(kMagic) +
-            "\")";
+    error = "not a simulated writer state file (first line is not \"" + std::string(kMagic) + "\")";
     return std::nullopt;
   }
   int lineNumber = 1;

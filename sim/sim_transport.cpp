@@ -21,7 +21,7 @@ class SimTransport : public Transport {
   }
 
   bool Receive(Report& report, int timeoutMs) override {
-    if (!writer_->Present()) {
+    if (writer_->Gone()) {
       error_ = "the simulated writer is unplugged";
       return false;
     }

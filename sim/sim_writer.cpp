@@ -30,14 +30,22 @@ Report Checked(std::uint8_t code, std::initializer_list<std::uint8_t> data = {})
   return r;
 }
 
-Report Refused() { return Checked(proto::kAnswerRefused); }
-Report Ok() { return Checked(proto::kAnswerOk); }
+Report Refused() {
+  return Checked(proto::kAnswerRefused);
+}
+Report Ok() {
+  return Checked(proto::kAnswerOk);
+}
 
 std::uint16_t Word(const std::uint8_t* p) {
   return static_cast<std::uint16_t>(p[0] | (p[1] << 8));
 }
-std::uint8_t Lo(unsigned v) { return static_cast<std::uint8_t>(v & 0xFF); }
-std::uint8_t Hi(unsigned v) { return static_cast<std::uint8_t>((v >> 8) & 0xFF); }
+std::uint8_t Lo(unsigned v) {
+  return static_cast<std::uint8_t>(v & 0xFF);
+}
+std::uint8_t Hi(unsigned v) {
+  return static_cast<std::uint8_t>((v >> 8) & 0xFF);
+}
 
 bool AnswersNothing(std::uint8_t code) {
   return code == proto::kIdle || code == proto::kEnd || code == proto::kPassed ||
@@ -69,6 +77,11 @@ bool SimWriter::Present() {
   return !(fault_.kind == FaultKind::Unplug && packets_ + 1 >= fault_.packet);
 }
 
+bool SimWriter::Gone() const {
+  std::lock_guard lock(mutex_);
+  return gone_;
+}
+
 bool SimWriter::Accept(const Report& report, std::optional<Report>& answer, long& words,
                        std::string& error) {
   std::lock_guard lock(mutex_);
@@ -76,6 +89,7 @@ bool SimWriter::Accept(const Report& report, std::optional<Report>& answer, long
   words = 0;
   long number = packets_ + 1;
   if (fault_.From(FaultKind::Unplug, number)) {
+    gone_ = true;
     error = "the simulated writer is unplugged";
     return false;
   }
@@ -112,7 +126,9 @@ bool SimWriter::Accept(const Report& report, std::optional<Report>& answer, long
   return true;
 }
 
-bool SimWriter::FirstGeneration() const { return proto::IsFirstGeneration(config_.version); }
+bool SimWriter::FirstGeneration() const {
+  return proto::IsFirstGeneration(config_.version);
+}
 
 bool SimWriter::FrameLengthOk(const std::uint8_t* p) const {
   int n = p[0];
@@ -162,8 +178,7 @@ bool SimWriter::FrameLengthOk(const std::uint8_t* p) const {
       if (FirstGeneration()) {
         return n >= 5 && (n - 3) % 2 == 0 && (n - 3) / 2 <= proto::kWordsPerProgramPacket;
       }
-      return n >= 8 && p[4] == n - 6 && p[4] % 2 == 0 &&
-             p[4] <= 2 * proto::kWordsPerProgramPacket;
+      return n >= 8 && p[4] == n - 6 && p[4] % 2 == 0 && p[4] <= 2 * proto::kWordsPerProgramPacket;
     default:
       return false;
   }

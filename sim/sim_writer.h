@@ -71,14 +71,17 @@ class SimWriter {
 
   // --- the device side, used by the transport ---
 
-  // False once unplugged (fault "unplug").
+  // False once unplugged (fault "unplug"): from the moment the next packet would be
+  // packet N.
   bool Present();
+
+  // True once a packet found the writer unplugged: nothing arrives any more.
+  bool Gone() const;
 
   // Takes one output report (index 0 = report ID). False when the writer is gone. When
   // the writer answers, answer holds the input report; words is the number of words
   // the packet programmed (for the timing model).
-  bool Accept(const Report& report, std::optional<Report>& answer, long& words,
-              std::string& error);
+  bool Accept(const Report& report, std::optional<Report>& answer, long& words, std::string& error);
 
   // --- inspection, for tests and benchmarks ---
   std::vector<LoggedPacket> Log() const;
@@ -111,12 +114,14 @@ class SimWriter {
   mutable std::mutex mutex_;
   std::vector<LoggedPacket> log_;
   long packets_ = 0;
+  bool gone_ = false;
   long wordsProgrammed_ = 0;
   // First generation: the address the next read or program packet works on.
   int counter_ = 0;
   int lastCode_ = -1;
   int busyLeft_ = -1;
-  bool answerRaw_ = false;  // the answer being built is raw data (no length, no checksum)  // 0xF1 answers still busy in this blank check; -1 = none running
+  bool answerRaw_ = false;  // the answer being built is raw data (no length, no checksum)  // 0xF1
+                            // answers still busy in this blank check; -1 = none running
 };
 
 }  // namespace lk::sim
