@@ -464,6 +464,18 @@ long SimWriter::WordsProgrammed() const {
   return wordsProgrammed_;
 }
 
+long SimWriter::AnswerCount() const {
+  std::lock_guard lock(mutex_);
+  return static_cast<long>(
+      std::count_if(log_.begin(), log_.end(), [](const LoggedPacket& e) { return e.answer; }));
+}
+
+std::chrono::microseconds SimWriter::TimeCharged() const {
+  long answers = AnswerCount();
+  std::lock_guard lock(mutex_);
+  return TimingBound(packets_ + answers, wordsProgrammed_);
+}
+
 void SimWriter::InsertChip(std::optional<SimChip> chip) {
   std::lock_guard lock(mutex_);
   state_.chip = std::move(chip);

@@ -63,6 +63,18 @@ std::shared_ptr<SimWriter> MakeSimWriter(Host& host, const Home& home, const Sim
 // A bus over an existing writer, so that in-process tests keep the writer to inspect.
 std::unique_ptr<WriterBus> MakeSimBusFor(std::shared_ptr<SimWriter> writer);
 
+// How the model behaves where the protocol leaves room:
+// - A packet with a bad length byte, a bad checksum, a length its command does not
+//   have, or an unknown code is answered with kAnswerRefused (0xE0) and changes
+//   nothing; 0xE1/0xE4/0xE5/0xE6 never answer, not even a bad frame.
+// - Chip commands need a chip in the socket (no chip: refused; raw reads give 0xFF),
+//   but not an earlier 0xF6: the writer does not track sessions.
+// - Programming only clears bits, OTP and flash alike; a flash chip is erased by its
+//   blank check (0xF1). An OTP chip is blank when nothing was programmed into it since
+//   it was made. EEDATA bytes and the store are simply rewritten.
+// - Reads past the end of a memory give 0xFFFF words / 0xFF bytes.
+// - Faults on packets that have no answer: badsum and badcode change nothing there.
+//   On raw reads, badsum spoils the first data byte (raw data has no checksum).
 class SimWriter {
  public:
   // host receives diagnostics (a state file that cannot be written); it must outlive
@@ -88,6 +100,11 @@ class SimWriter {
   SimState State() const;
   long PacketCount() const;
   long WordsProgrammed() const;
+  // Answers the writer queued (checked or raw).
+  long AnswerCount() const;
+  // What the timing model charges for everything so far: every packet and every
+  // answer one report each, plus the programmed words.
+  std::chrono::microseconds TimeCharged() const;
   const SimConfig& Config() const { return config_; }
   // Puts another chip into the socket (nothing = empty socket).
   void InsertChip(std::optional<SimChip> chip);

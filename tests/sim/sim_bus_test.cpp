@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "core/chip_database.h"
+#include "core/project.h"
+#include "link/writer.h"
 #include "tests/sim/sim_rig.h"
 #include "tests/support/temp_dir.h"
 
@@ -125,6 +127,91 @@ TEST_F(SimBusTest, BusFromTheDatabaseAnswersForTheModel) {
   ASSERT_TRUE(link->Send(ReadAt(kReadRom, static_cast<std::uint16_t>(params.RomSize & ~31)), 100));
   ASSERT_TRUE(link->Receive(r, 100));
   EXPECT_EQ(RawWords(r)[params.RomSize & 31], params.HexMcu & 0xFFFF);
+}
+
+// The host's command sequences (link/) against the simulator, both generations: they
+// must agree byte for byte on every packet layout for a whole chip session and download.
+TEST_F(SimBusTest, HostCommandSequencesRunAgainstTheSimulator) {
+  struct Case {
+    const char* model;
+    int version;
+  } cases[] = {
+      {"QVM55P47", 2}, {"QVM55P47", 4}, {"QVM50F96B", 2}, {"QVM50F96B", 3},
+      {"LK8F16E1", 2}, {"LK8F16E1", 4}, {"LK8P2023", 1},  {"LK8P2023", 5},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.model) + " v" + std::to_string(c.version));
+    lk::test::RecordingHost session;
+    SimConfig config;
+    config.chipModel = c.model;
+    config.version = c.version;
+    config.busyAnswers = 2;
+    auto sim = MakeSimWriter(session, home, config);
+    ASSERT_TRUE(sim);
+    Writer w(session, MakeSimBusFor(sim));
+    w.SetWaiter([](int) {});
+    ASSERT_TRUE(w.FindWriter());
+    ASSERT_TRUE(w.OpenWriterHandles());
+    ASSERT_TRUE(w.GetWriterVersion());
+    EXPECT_EQ(w.WriterVersion, static_cast<std::uint32_t>(c.version + 256 * kSimVersionHigh));
+
+    Project project;
+    project.Chip = LoadChipParams(session, home, c.model);
+    ASSERT_TRUE(project.Chip.Loaded());
+    ChipParams& chip = project.Chip;
+    for (size_t i = 0; i < chip.RomWords.size(); ++i) {
+      chip.RomWords[i] = static_cast<std::int32_t>((i * 0x0123 + 7) & chip.HexMcu);
+    }
+    for (size_t i = 0; i < chip.ConfigWords.size(); ++i) {
+      chip.ConfigWords[i] = static_cast<std::int32_t>((0x0F5A >> i) & chip.HexMcu);
+    }
+    for (size_t i = 0; i < chip.EeBytes.size(); ++i) {
+      chip.EeBytes[i] = static_cast<std::uint8_t>(i * 3);
+    }
+
+    ASSERT_TRUE(w.CheckChipType(chip, kChipType));
+    ASSERT_TRUE(w.PrepareChip(chip));
+    EXPECT_EQ(chip.ChipInfo1, Hex2(kInfoWord9) + Hex2(kInfoWord8));
+    w.ReturnToIdle();
+    EXPECT_TRUE(w.WaitWriterReady()) << "a fresh chip is blank (OTP) or erases (flash)";
+    w.ReturnToIdle();
+    ASSERT_TRUE(w.ProgramRom(project, kProgramRom));
+    w.ReturnToIdle();
+    ASSERT_TRUE(w.ProgramConfig(project, kProgramConfig));
+    w.ReturnToIdle();
+    VerifyResult rom, config2;
+    w.VerifyRom(project, rom, kReadRom);
+    EXPECT_TRUE(rom.Pass) << rom.Address << " " << rom.FileData << " " << rom.ChipData;
+    w.ReturnToIdle();
+    w.VerifyConfig(project, config2, kReadConfig);
+    EXPECT_TRUE(config2.Pass) << config2.Address << " " << config2.FileData << " "
+                              << config2.ChipData;
+    if (chip.EeSize >= 1) {
+      w.ReturnToIdle();
+      ASSERT_TRUE(w.PrepareEedata());
+      ASSERT_TRUE(w.ProgramEedata(project, kEeProgram));
+      VerifyResult ee;
+      w.VerifyEedata(project, ee, kEeRead);
+      EXPECT_TRUE(ee.Pass) << ee.Address;
+      EXPECT_EQ(sim->State().chip->eedata, chip.EeBytes);
+    }
+    w.ReturnToIdle();
+    if (chip.IsOtp()) {
+      EXPECT_FALSE(w.WaitWriterReady()) << "a programmed OTP chip is not blank";
+    }
+    w.FinishOperation(true);
+
+    ASSERT_TRUE(w.CheckChipType(chip, kChipType));
+    EXPECT_TRUE(w.DownloadProject(project, 0xBEEF, 0x1234));
+    SimStore store = sim->State().store;
+    EXPECT_EQ(store.imageSum, 0xBEEF);
+    ASSERT_GE(store.program.size(), chip.RomWords.size() - 2);
+    for (size_t i = 0; i + 2 < chip.RomWords.size(); ++i) {
+      ASSERT_EQ(store.program[i], chip.RomWords[i]) << i;
+    }
+    EXPECT_EQ(store.paramBlock.empty(), false);
+    EXPECT_TRUE(session.messages.empty()) << session.messages[0].text;
+  }
 }
 
 }  // namespace
