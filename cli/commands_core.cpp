@@ -22,11 +22,21 @@ std::string JsonString(const std::string& text) {
   std::string out = "\"";
   for (unsigned char c : text) {
     switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
       default:
         if (c < 0x20) {
           char buf[8];
@@ -177,7 +187,8 @@ int RunOptions(CliContext& ctx, const std::string& file) {
   std::error_code ec;
   const bool haveDefinitions =
       std::filesystem::exists(ctx.ProgramHome().ConfigDefinitions(project.Chip.Name), ec);
-  const std::vector<ConfigOptionRow> rows = ShowConfigOptions(host, ctx.ProgramHome(), project.Chip);
+  const std::vector<ConfigOptionRow> rows =
+      ShowConfigOptions(host, ctx.ProgramHome(), project.Chip);
   if (ctx.Options().json) {
     std::cout << "[";
     for (std::size_t i = 0; i < rows.size(); ++i) {

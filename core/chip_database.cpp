@@ -59,7 +59,8 @@ bool StoreProPin(const std::string& text, std::vector<std::uint8_t>& pins) {
   while (true) {
     const std::size_t comma = text.find(',', start);
     std::uint8_t pin = 0;
-    if (!StoreDecimal(text.substr(start, comma == std::string::npos ? comma : comma - start), pin)) {
+    if (!StoreDecimal(text.substr(start, comma == std::string::npos ? comma : comma - start),
+                      pin)) {
       return false;
     }
     pins.push_back(pin);
@@ -178,7 +179,8 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
   }
   chip.RomWords.assign(static_cast<std::size_t>(chip.RomSize) + 1, chip.HexMcu);
   chip.ConfigWords.assign(static_cast<std::size_t>(chip.ConfigLength) + 1, chip.HexMcu);
-  chip.ConfigWords = ApplyConfigRules(host, home, chip.Name, chip.Prod, std::move(chip.ConfigWords));
+  chip.ConfigWords =
+      ApplyConfigRules(host, home, chip.Name, chip.Prod, std::move(chip.ConfigWords));
 
   // These three chips never have bits 8 and 12 of configuration word 1 set, whatever
   // the rules say.

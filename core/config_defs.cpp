@@ -59,7 +59,9 @@ std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool wit
   return items;
 }
 
-std::string KeyOf(const std::string& line) { return line.substr(0, line.find('=')); }
+std::string KeyOf(const std::string& line) {
+  return line.substr(0, line.find('='));
+}
 
 std::string ValueOf(const std::string& line) {
   const std::size_t eq = line.find('=');

@@ -51,8 +51,8 @@ std::optional<RuleLine> ParseRule(const std::string& line) {
   return rule;
 }
 
-void ApplyFileRules(Host& host, const Home& home, const std::string& name,
-                    const std::string& prod, std::vector<std::int32_t>& words) {
+void ApplyFileRules(Host& host, const Home& home, const std::string& name, const std::string& prod,
+                    std::vector<std::int32_t>& words) {
   std::string text;
   if (!ReadTextFile(home.CfgIni(), text)) {
     host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
@@ -131,10 +131,10 @@ bool CheckConfigCombination(Host& host, const Home& home, const ChipParams& chip
   const std::vector<ConfigOptionRow> rows = ShowConfigOptions(host, home, chip);
   if (OptionIs(rows, "CONFIG OSCD", "2 oscillator periods") &&
       !OptionIs(rows, "CONFIG LVDT", voltage)) {
-    host.Message(Icon::Exclamation,
-                 "在CONFIG OSCD选项选择2 oscillator periods时，CONFIG LVDT选项必须选择" + voltage +
-                     "。",
-                 kAppTitle);
+    host.Message(
+        Icon::Exclamation,
+        "在CONFIG OSCD选项选择2 oscillator periods时，CONFIG LVDT选项必须选择" + voltage + "。",
+        kAppTitle);
     return false;
   }
   return true;

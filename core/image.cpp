@@ -9,7 +9,8 @@ constexpr char kHex[] = "0123456789ABCDEF";
 
 // The last `digits` hexadecimal digits of value, upper case, zero-padded.
 void AppendHex(std::string& out, std::uint32_t value, int digits) {
-  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4) out.push_back(kHex[(value >> shift) & 0xF]);
+  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4)
+    out.push_back(kHex[(value >> shift) & 0xF]);
 }
 
 // A word counts as its low byte plus its second byte; higher bits are ignored.
@@ -109,7 +110,9 @@ std::uint16_t EedataChecksum(const ChipParams& chip) {
   return static_cast<std::uint16_t>(sum);
 }
 
-bool EedataMenusEnabled(const ChipParams& chip) { return chip.EeSize >= 1; }
+bool EedataMenusEnabled(const ChipParams& chip) {
+  return chip.EeSize >= 1;
+}
 
 BlankEraseCaptions GetBlankEraseCaptions(const ChipParams& chip) {
   if (chip.IsOtp()) return {"空检", "包含空检", "不包含空检", "Blank Check", "Blank Check"};

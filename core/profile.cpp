@@ -32,7 +32,9 @@ ProfileLine Classify(const std::string& raw) {
 
 // Key: text before the first "=" (the whole line without one). Value: the text
 // between the first and the second "=" ("KEY=a=b" gives "a").
-std::string KeyOf(const std::string& line) { return line.substr(0, line.find('=')); }
+std::string KeyOf(const std::string& line) {
+  return line.substr(0, line.find('='));
+}
 
 std::string ValueOf(const std::string& line) {
   const std::size_t eq = line.find('=');
@@ -102,7 +104,8 @@ WriterLine ParseForWriting(const std::string& raw) {
   if (line.front() == '[') {
     out.kind = WriterLineKind::Header;
     const std::size_t close = line.find(']');
-    out.name = TrimWhite(line.substr(1, close == std::string::npos ? std::string::npos : close - 1));
+    out.name =
+        TrimWhite(line.substr(1, close == std::string::npos ? std::string::npos : close - 1));
     return out;
   }
   out.kind = WriterLineKind::Entry;
@@ -118,7 +121,9 @@ std::string DetectLineEnd(const std::string& text) {
   return pos + 1 < text.size() && text[pos + 1] == '\n' ? "\r\n" : "\r";
 }
 
-std::string FirstLine(const std::string& s) { return s.substr(0, s.find_first_of("\r\n")); }
+std::string FirstLine(const std::string& s) {
+  return s.substr(0, s.find_first_of("\r\n"));
+}
 
 }  // namespace
 

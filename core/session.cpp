@@ -54,8 +54,7 @@ std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
 bool WriteRecentFiles(Host& host, const Home& home, const std::array<std::string, 5>& files) {
   bool ok = true;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    ok = WriteValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i), files[i]) &&
-         ok;
+    ok = WriteValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i), files[i]) && ok;
   }
   return ok;
 }

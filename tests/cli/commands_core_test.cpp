@@ -29,8 +29,8 @@ std::string Quote(const std::string& s) {
 
 RunResult RunCli(const TempDir& dir, const std::string& args) {
   const std::string errFile = (dir / "stderr.txt").string();
-  const std::string command = Quote(LK_CLI_PATH) + " --home " + Quote(dir.Path().string()) +
-                              " " + args + " 2>" + Quote(errFile);
+  const std::string command = Quote(LK_CLI_PATH) + " --home " + Quote(dir.Path().string()) + " " +
+                              args + " 2>" + Quote(errFile);
   RunResult r;
   FILE* pipe = ::popen(command.c_str(), "r");
   if (pipe == nullptr) return r;
@@ -81,14 +81,37 @@ TEST_F(CliCoreTest, ChipsInListOrder) {
 TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
   const RunResult r = RunCli(dir, "chip ALPHA");
   ASSERT_EQ(r.exitCode, 0) << r.err;
-  const std::vector<std::string> expected{
-      "Name=ALPHA",   "Type=23041",   "Prod=1234",     "Arch=RISC14",     "Crafts=OTP",
-      "RomSize=2047", "ConfigLength=1", "EeSize=15",   "EeFlag=160",      "HexMcu=16383",
-      "Ins=14",       "Fst=20",       "VppMode=2",     "VppProg=12.5",    "VppErase=0.1",
-      "VppRead=0",    "VppKeep=0",    "VppSel=-1",     "Erase0=0",        "Erase1=0",
-      "EraseRom=0",   "EraseConfig=0", "ProgTime=0",   "SpcAdd=0",        "SpcDat=-32768",
-      "ProPin=1,2,3", "ChipInfo1=",   "ChipInfo2=",    "BlankRom=16383",  "BlankConfig=16383",
-      "ConfigWords=3FFF 0010"};
+  const std::vector<std::string> expected{"Name=ALPHA",
+                                          "Type=23041",
+                                          "Prod=1234",
+                                          "Arch=RISC14",
+                                          "Crafts=OTP",
+                                          "RomSize=2047",
+                                          "ConfigLength=1",
+                                          "EeSize=15",
+                                          "EeFlag=160",
+                                          "HexMcu=16383",
+                                          "Ins=14",
+                                          "Fst=20",
+                                          "VppMode=2",
+                                          "VppProg=12.5",
+                                          "VppErase=0.1",
+                                          "VppRead=0",
+                                          "VppKeep=0",
+                                          "VppSel=-1",
+                                          "Erase0=0",
+                                          "Erase1=0",
+                                          "EraseRom=0",
+                                          "EraseConfig=0",
+                                          "ProgTime=0",
+                                          "SpcAdd=0",
+                                          "SpcDat=-32768",
+                                          "ProPin=1,2,3",
+                                          "ChipInfo1=",
+                                          "ChipInfo2=",
+                                          "BlankRom=16383",
+                                          "BlankConfig=16383",
+                                          "ConfigWords=3FFF 0010"};
   EXPECT_EQ(Lines(r.out), expected);
 }
 
@@ -110,8 +133,7 @@ TEST_F(CliCoreTest, ChipErrors) {
     const char* args;
     const char* errContains;
   } cases[] = {
-      {"chip NOPE", "NOPE"},
-      {"chip BAD", "INS=40000"},  // refused with a message, not a crash
+      {"chip NOPE", "NOPE"}, {"chip BAD", "INS=40000"},  // refused with a message, not a crash
   };
   for (const auto& c : cases) {
     const RunResult r = RunCli(dir, c.args);
@@ -134,7 +156,9 @@ TEST_F(CliCoreTest, OptionsOfTheSelectedChip) {
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out, "WDT 看门狗=On\nCAL=01\n");
   r = RunCli(dir, "--json options");
-  EXPECT_EQ(r.out, "[{\"option\":\"WDT 看门狗\",\"value\":\"On\"},{\"option\":\"CAL\",\"value\":\"01\"}]\n");
+  EXPECT_EQ(
+      r.out,
+      "[{\"option\":\"WDT 看门狗\",\"value\":\"On\"},{\"option\":\"CAL\",\"value\":\"01\"}]\n");
 }
 
 TEST_F(CliCoreTest, OptionsErrors) {

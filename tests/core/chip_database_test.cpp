@@ -95,14 +95,16 @@ TEST_F(ChipDatabaseTest, SizesAndDefaults) {
 }
 
 TEST_F(ChipDatabaseTest, OnlyTheFirstSectionOfAModelIsRead) {
-  const Home home = WriteDb("A=1", "[A]\r\nROMSIZE=7\r\n[B]\r\nX=1\r\n[A]\r\nROMSIZE=F\r\nPROD=X\r\n");
+  const Home home =
+      WriteDb("A=1", "[A]\r\nROMSIZE=7\r\n[B]\r\nX=1\r\n[A]\r\nROMSIZE=F\r\nPROD=X\r\n");
   const ChipParams a = LoadChipParams(host, home, "A");
   EXPECT_EQ(a.RomSize, 7);
   EXPECT_EQ(a.Prod, "");
 }
 
 TEST_F(ChipDatabaseTest, UnknownModelsGiveTheEmptyRecordSilently) {
-  const Home home = WriteDb("LISTED=1\r\n=1\r\nSPACE", "[UNLISTED]\r\nROMSIZE=7\r\n[]\r\nROMSIZE=7\r\n");
+  const Home home =
+      WriteDb("LISTED=1\r\n=1\r\nSPACE", "[UNLISTED]\r\nROMSIZE=7\r\n[]\r\nROMSIZE=7\r\n");
   for (const char* model : {"LISTED", "UNLISTED", "", "listed", "SPACE "}) {
     const ChipParams c = LoadChipParams(host, home, model);
     EXPECT_FALSE(c.Loaded()) << model;
@@ -117,12 +119,20 @@ TEST_F(ChipDatabaseTest, ValuesThatDoNotFitRefuseTheModel) {
     const char* line;
     const char* key;
   } cases[] = {
-      {"INS=40000", "INS"},         {"FST=300", "FST"},         {"FST=-1", "FST"},
-      {"EEDATA=8000", "EEDATA"},    {"EEDATA=FFFFFFFF", "EEDATA"},
-      {"BLANKCONFIG=FFFF", "BLANKCONFIG"}, {"VPPMODE=FFFF", "VPPMODE"},
-      {"ROMSIZE=10000", "ROMSIZE"}, {"ROMSIZE=FFFFFFFF", "ROMSIZE"},
-      {"CONFIGLENTH=FFFFFFFF", "CONFIGLENTH"}, {"TYPE=123456789", "TYPE"},
-      {"VPPPROG=1E39", "VPPPROG"},  {"PROPIN=1,256", "PROPIN"},  {"SPCADD=32768", "SPCADD"},
+      {"INS=40000", "INS"},
+      {"FST=300", "FST"},
+      {"FST=-1", "FST"},
+      {"EEDATA=8000", "EEDATA"},
+      {"EEDATA=FFFFFFFF", "EEDATA"},
+      {"BLANKCONFIG=FFFF", "BLANKCONFIG"},
+      {"VPPMODE=FFFF", "VPPMODE"},
+      {"ROMSIZE=10000", "ROMSIZE"},
+      {"ROMSIZE=FFFFFFFF", "ROMSIZE"},
+      {"CONFIGLENTH=FFFFFFFF", "CONFIGLENTH"},
+      {"TYPE=123456789", "TYPE"},
+      {"VPPPROG=1E39", "VPPPROG"},
+      {"PROPIN=1,256", "PROPIN"},
+      {"SPCADD=32768", "SPCADD"},
   };
   for (const auto& c : cases) {
     RecordingHost h;
@@ -195,8 +205,8 @@ TEST(ShippedDatabaseTest, EveryModelLoadsAndFitsItsRules) {
   EXPECT_EQ(load("LK467").Prod, "LK467");
   std::map<std::string, const ChipParams> byProd;
   for (const std::string& m : models) byProd.emplace(load(m.c_str()).Prod, load(m.c_str()));
-  for (const char* prod : {"32A3", "30D1", "30D2", "30D3", "30D4", "2023", "34A4", "16E1",
-                           "101E", "101F", "51A1"}) {
+  for (const char* prod :
+       {"32A3", "30D1", "30D2", "30D3", "30D4", "2023", "34A4", "16E1", "101E", "101F", "51A1"}) {
     EXPECT_EQ(byProd.count(prod), 1u) << prod;
   }
   EXPECT_GE(byProd.at("32A3").RomSize, 0x3FF);
@@ -208,12 +218,12 @@ TEST(ShippedDatabaseTest, EveryModelLoadsAndFitsItsRules) {
   EXPECT_GE(byProd.at("101E").ConfigLength, 1);
   EXPECT_GE(byProd.at("101F").ConfigLength, 1);
   EXPECT_EQ(byProd.at("51A1").RomSize, 0x7FF);
-  for (const char* m : {"QVM50F96A", "QVM50F98B", "QVM50F98D", "QVM50F96D", "QVM75P82",
-                        "QVM50P49C", "QVM50F775", "QVM50F776", "QVM50F77B", "QVM50F5759",
-                        "QVM50F576", "QVM75P89", "QVM75P86", "QVM75P88", "QVM55P47", "QVM55P49",
-                        "QVM55P21", "QVM55P99", "QVM55P96", "QVM53P45", "QVM53P74", "QVM53P64",
-                        "QVM50T43", "QVM50P49D", "QVM75P89B", "QVM75P86B", "QVM75P88B", "LK3PW89",
-                        "LK3PS89", "LK3P7674", "LK3P86E", "LK3P89E", "LK3P48A"}) {
+  for (const char* m :
+       {"QVM50F96A", "QVM50F98B", "QVM50F98D",  "QVM50F96D", "QVM75P82",  "QVM50P49C", "QVM50F775",
+        "QVM50F776", "QVM50F77B", "QVM50F5759", "QVM50F576", "QVM75P89",  "QVM75P86",  "QVM75P88",
+        "QVM55P47",  "QVM55P49",  "QVM55P21",   "QVM55P99",  "QVM55P96",  "QVM53P45",  "QVM53P74",
+        "QVM53P64",  "QVM50T43",  "QVM50P49D",  "QVM75P89B", "QVM75P86B", "QVM75P88B", "LK3PW89",
+        "LK3PS89",   "LK3P7674",  "LK3P86E",    "LK3P89E",   "LK3P48A"}) {
     EXPECT_TRUE(load(m).Loaded()) << m;
   }
 }

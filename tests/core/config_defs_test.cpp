@@ -27,8 +27,8 @@ TEST(ConfigDefsTest, CurrentChoiceLastMatchWins) {
 }
 
 TEST(ConfigDefsTest, UnparsableOrOutOfRangeChoicesNeverMatch) {
-  const ProfileList lines{"", "LENTH=1",  "A=0,x,1", "B=1,0,1", "C=0,16,1",
-                          "D=0,0",       "E=",       "F=0,0,2", "G=-1,0,1"};
+  const ProfileList lines{"",      "LENTH=1", "A=0,x,1", "B=1,0,1", "C=0,16,1",
+                          "D=0,0", "E=",      "F=0,0,2", "G=-1,0,1"};
   EXPECT_EQ(CurrentChoice(lines, {0xFFFF}), "");
 }
 

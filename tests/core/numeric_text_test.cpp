@@ -20,8 +20,8 @@ TEST(NumericTextTest, HexLongAndHexShortDifferOnPurpose) {
       {"1FFFFFFFF", std::nullopt, std::nullopt},  // more than 32 bits overflows
       {"", 0, 0},
       {"XYZ", 0, 0},
-      {"1G2", 1, 1},     // stops at the first character that does not fit
-      {" F F ", 0xFF, 0xFF},  // blanks are ignored
+      {"1G2", 1, 1},                  // stops at the first character that does not fit
+      {" F F ", 0xFF, 0xFF},          // blanks are ignored
       {"00000000000FF", 0xFF, 0xFF},  // leading zeros are no overflow
   };
   for (const auto& c : cases) {
@@ -35,8 +35,16 @@ TEST(NumericTextTest, DecimalPrefix) {
     const char* text;
     std::optional<double> value;
   } cases[] = {
-      {"12.5", 12.5}, {"12.5V", 12.5}, {"-3", -3.0},   {"+7", 7.0},  {"", 0.0},
-      {"abc", 0.0},   {".5", 0.5},     {"1E3", 1000.0}, {"2E", 2.0}, {"1 2", 12.0},
+      {"12.5", 12.5},
+      {"12.5V", 12.5},
+      {"-3", -3.0},
+      {"+7", 7.0},
+      {"", 0.0},
+      {"abc", 0.0},
+      {".5", 0.5},
+      {"1E3", 1000.0},
+      {"2E", 2.0},
+      {"1 2", 12.0},
       {"1e999", std::nullopt},
   };
   for (const auto& c : cases) {

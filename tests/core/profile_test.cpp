@@ -12,12 +12,12 @@ using test::RecordingHost;
 using test::TempDir;
 
 const char kSample[] =
-    "TOP=0\r\n"                 // before any header: belongs to no section
+    "TOP=0\r\n"  // before any header: belongs to no section
     "  [Main]  \r\n"
     "KEY=5 ;note\r\n"
     "*KEY=1\r\n"
-    "EMPTY=\r"                  // lone CR ends a line too
-    "TWO=a=b\n"                 // and a lone LF
+    "EMPTY=\r"   // lone CR ends a line too
+    "TWO=a=b\n"  // and a lone LF
     "BARE\r\n"
     "SPACED = 1\r\n"
     "[ Main ]\r\n"
@@ -26,7 +26,7 @@ const char kSample[] =
     "KEY=other\r\n"
     "[Main]\r\n"
     "KEY=second\r\n"
-    "LAST=9";                   // no line break at the end
+    "LAST=9";  // no line break at the end
 
 class ProfileReadTest : public ::testing::Test {
  protected:
@@ -41,11 +41,11 @@ TEST_F(ProfileReadTest, GetValueFollowsTheLineRules) {
     const char* key;
     const char* value;
   } cases[] = {
-      {"Main", "KEY", "5"},      // comment cut before the trim; first match wins
-      {"Main", "EMPTY", ""},     {"Main", "TWO", "a"},  {"Main", "BARE", ""},
-      {"Main", "SPACED", ""},    // the key is "SPACED "
-      {"Main", "SPACED ", " 1"}, {"Main", "TOP", ""},   {"Main", "INNER", ""},
-      {" Main ", "INNER", "1"},  {"main", "KEY", ""},   // case-sensitive
+      {"Main", "KEY", "5"},  // comment cut before the trim; first match wins
+      {"Main", "EMPTY", ""},     {"Main", "TWO", "a"},      {"Main", "BARE", ""},
+      {"Main", "SPACED", ""},  // the key is "SPACED "
+      {"Main", "SPACED ", " 1"}, {"Main", "TOP", ""},       {"Main", "INNER", ""},
+      {" Main ", "INNER", "1"},  {"main", "KEY", ""},  // case-sensitive
       {"Main", "key", ""},       {"Other", "KEY", "other"}, {"Main", "LAST", "9"},
   };
   for (const auto& c : cases) {
@@ -55,8 +55,7 @@ TEST_F(ProfileReadTest, GetValueFollowsTheLineRules) {
 }
 
 TEST_F(ProfileReadTest, ListsGatherSplitSections) {
-  EXPECT_EQ(GetSections(host, path),
-            (ProfileList{"", "Main", " Main ", "Other", "Main"}));
+  EXPECT_EQ(GetSections(host, path), (ProfileList{"", "Main", " Main ", "Other", "Main"}));
   EXPECT_EQ(GetSectionLines(host, path, "Main"),
             (ProfileList{"", "KEY=5", "EMPTY=", "TWO=a=b", "BARE", "SPACED = 1", "KEY=second",
                          "LAST=9"}));
@@ -138,20 +137,16 @@ INSTANTIATE_TEST_SUITE_P(
                   "[Data]\r\nMcuType=B\r\nX=1\r\n"},
         WriteCase{"CaseInsensitive", "[data]\r\nmcutype=A\r\n", "Data", "McuType", "B",
                   "[data]\r\nmcutype=B\r\n"},
-        WriteCase{"AppendAfterLastDataLine",
-                  "[A]\r\nX=1\r\n\r\n; note\r\n[B]\r\nY=2\r\n", "A", "Z", "3",
-                  "[A]\r\nX=1\r\nZ=3\r\n\r\n; note\r\n[B]\r\nY=2\r\n"},
-        WriteCase{"AppendToEmptySection", "[A]\r\n[B]\r\n", "A", "Z", "3",
-                  "[A]\r\nZ=3\r\n[B]\r\n"},
-        WriteCase{"AppendAtEndWithoutBreak", "[A]\r\nX=1", "A", "Z", "3",
-                  "[A]\r\nX=1\r\nZ=3\r\n"},
-        WriteCase{"NewSection", "[A]\r\nX=1\r\n", "B", "Y", "2",
-                  "[A]\r\nX=1\r\n[B]\r\nY=2\r\n"},
+        WriteCase{"AppendAfterLastDataLine", "[A]\r\nX=1\r\n\r\n; note\r\n[B]\r\nY=2\r\n", "A", "Z",
+                  "3", "[A]\r\nX=1\r\nZ=3\r\n\r\n; note\r\n[B]\r\nY=2\r\n"},
+        WriteCase{"AppendToEmptySection", "[A]\r\n[B]\r\n", "A", "Z", "3", "[A]\r\nZ=3\r\n[B]\r\n"},
+        WriteCase{"AppendAtEndWithoutBreak", "[A]\r\nX=1", "A", "Z", "3", "[A]\r\nX=1\r\nZ=3\r\n"},
+        WriteCase{"NewSection", "[A]\r\nX=1\r\n", "B", "Y", "2", "[A]\r\nX=1\r\n[B]\r\nY=2\r\n"},
         WriteCase{"EmptyFile", "", "B", "Y", "2", "[B]\r\nY=2\r\n"},
         WriteCase{"LfFileStaysLf", "[A]\nX=1\n", "A", "X", "2", "[A]\nX=2\n"},
         WriteCase{"CrFileStaysCr", "[A]\rX=1\r", "B", "Y", "", "[A]\rX=1\r[B]\rY=\r"},
-        WriteCase{"FirstOfSplitSection", "[A]\r\nX=1\r\n[B]\r\n[A]\r\nX=2\r\n", "A", "X",
-                  "9", "[A]\r\nX=9\r\n[B]\r\n[A]\r\nX=2\r\n"},
+        WriteCase{"FirstOfSplitSection", "[A]\r\nX=1\r\n[B]\r\n[A]\r\nX=2\r\n", "A", "X", "9",
+                  "[A]\r\nX=9\r\n[B]\r\n[A]\r\nX=2\r\n"},
         WriteCase{"BlanksAroundKey", "[ A ]\r\n  X = 1\r\n", "A", "X", "2", "[ A ]\r\nX=2\r\n"},
         WriteCase{"ValueCutAtLineBreak", "[A]\r\n", "A", "X", "1\r\n[B]", "[A]\r\nX=1\r\n"}),
     [](const auto& info) { return std::string(info.param.name); });

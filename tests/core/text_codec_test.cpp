@@ -40,7 +40,11 @@ TEST(TextCodecTest, BomDroppedOnReadAndRestoredOnWrite) {
 
 TEST(TextCodecTest, GarbageNeverStopsDecoding) {
   // 0x80 and 0xFF are not GBK lead bytes; a lone lead byte at the end is truncated.
-  const std::string decoded = DecodeText(std::string("a\x80" "b\xFF" "c\xD6", 6), TextEncoding::Gbk);
+  const std::string decoded = DecodeText(std::string("a\x80"
+                                                     "b\xFF"
+                                                     "c\xD6",
+                                                     6),
+                                         TextEncoding::Gbk);
   EXPECT_EQ(decoded.front(), 'a');
   EXPECT_NE(decoded.find('b'), std::string::npos);
   EXPECT_NE(decoded.find('c'), std::string::npos);
@@ -49,7 +53,10 @@ TEST(TextCodecTest, GarbageNeverStopsDecoding) {
 
 TEST(TextCodecTest, UnencodableCharactersBecomeQuestionMarks) {
   // U+1F600 has no GBK form.
-  EXPECT_EQ(EncodeText("a\xF0\x9F\x98\x80" "b", TextEncoding::Gbk), "a?b");
+  EXPECT_EQ(EncodeText("a\xF0\x9F\x98\x80"
+                       "b",
+                       TextEncoding::Gbk),
+            "a?b");
 }
 
 }  // namespace
