@@ -26,6 +26,7 @@ test: build
 run: build
 	$(BUILD)/lkwriter-cli --home $(BUILD) chips
 	$(BUILD)/lkwriter-cli --home $(BUILD) chip
+	$(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx
 
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo

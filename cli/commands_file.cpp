@@ -1,7 +1,90 @@
+// show FILE and convert IN OUT.lkx: the open dispatcher and Save from a shell.
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+
 #include "cli/commands.h"
+#include "files/open_path.h"
+#include "files/project_file.h"
 
 namespace lk::cli {
+namespace {
 
-void AddFileCommands(CLI::App&, CliContext*&, int&) {}
+std::string ConfigLine(const ChipParams& chip) {
+  std::string line = "Config:";
+  for (std::size_t i = 0; i < chip.ConfigWords.size(); ++i) {
+    char word[8];
+    std::snprintf(word, sizeof word, "%04X", static_cast<unsigned>(chip.ConfigWords[i] & 0xFFFF));
+    if (i > 0) line += ' ';
+    line += word;
+  }
+  return line;
+}
+
+// The document text uses CR LF between lines; a shell wants LF.
+std::string WithLineFeeds(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    out += text[i];
+  }
+  return out;
+}
+
+// Opens file on the selected chip; kExitOk when it loaded cleanly, kExitFailed when the
+// reserved-word check wiped it, kExitUsage when it could not be opened.
+int OpenForCommand(CliContext& ctx, const std::string& file, OpenResult& result) {
+  Project& project = ctx.CurrentProject();
+  if (!project.Chip.Loaded()) {
+    ctx.Ui().Message(Icon::Critical, "No chip model could be loaded.", kAppTitle);
+    return kExitUsage;
+  }
+  result = OpenPath(ctx.Ui(), ctx.ProgramHome(), project, file);
+  if (!result.opened) return kExitUsage;
+  return result.reservedWiped ? kExitFailed : kExitOk;
+}
+
+int RunShow(CliContext& ctx, const std::string& file) {
+  OpenResult result;
+  const int status = OpenForCommand(ctx, file, result);
+  if (status == kExitUsage) return status;
+  const ChipParams& chip = ctx.CurrentProject().Chip;
+  std::cout << "Model:" << chip.Name << "\n"
+            << result.checksumText << "\n"
+            << ConfigLine(chip) << "\n"
+            << WithLineFeeds(result.hexText) << "\n";
+  std::cout.flush();
+  return status;
+}
+
+int RunConvert(CliContext& ctx, const std::string& in, const std::string& out) {
+  OpenResult opened;
+  const int status = OpenForCommand(ctx, in, opened);
+  // A wiped image is not what IN holds: nothing is written.
+  if (status != kExitOk) return status;
+  const SaveResult saved = SaveProject(ctx.Ui(), ctx.ProgramHome(), ctx.CurrentProject(), out);
+  if (!saved.saved) return kExitUsage;
+  // The written file did not reopen (a program area that is not whole lines of eight).
+  return saved.reopened.opened ? kExitOk : kExitFailed;
+}
+
+}  // namespace
+
+void AddFileCommands(CLI::App& app, CliContext*& context, int& exitCode) {
+  auto showFile = std::make_shared<std::string>();
+  CLI::App* show = app.add_subcommand("show", "open FILE as the Open command does and print it");
+  show->add_option("FILE", *showFile, "image file (.hex .bin .qvm .sn8 .bct .ftc .lkx)")
+      ->required();
+  show->callback([&context, &exitCode, showFile] { exitCode = RunShow(*context, *showFile); });
+
+  auto in = std::make_shared<std::string>();
+  auto out = std::make_shared<std::string>();
+  CLI::App* convert = app.add_subcommand("convert", "open IN and save it as the project OUT.lkx");
+  convert->add_option("IN", *in, "image file")->required();
+  convert->add_option("OUT", *out, "project file (\".lkx\" is added when missing)")->required();
+  convert->callback([&context, &exitCode, in, out] { exitCode = RunConvert(*context, *in, *out); });
+}
 
 }  // namespace lk::cli
