@@ -43,6 +43,18 @@ bool WriteGeometry(Host& host, const Home& home, const std::string& window,
   return ok;
 }
 
+ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
+  return {ReadNumber(host, home, "FrmConfigDisp", "CHeader1"),
+          ReadNumber(host, home, "FrmConfigDisp", "CHeader2")};
+}
+
+bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths) {
+  const bool first =
+      WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1", NumberText(widths.First));
+  return WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader2", NumberText(widths.Second)) &&
+         first;
+}
+
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
   std::array<std::string, 5> files;
   for (std::size_t i = 0; i < files.size(); ++i) {

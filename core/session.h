@@ -21,6 +21,14 @@ WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& win
 bool WriteGeometry(Host& host, const Home& home, const std::string& window,
                    const WindowGeometry& geometry);
 
+// Widths of the two columns of the configuration display: "CHeader1" and "CHeader2"
+// under "FrmConfigDisp" in frm.dat.
+struct ColumnWidths {
+  float First = 0, Second = 0;
+};
+ColumnWidths ReadConfigColumns(Host& host, const Home& home);
+bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths);
+
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home);
 bool WriteRecentFiles(Host& host, const Home& home, const std::array<std::string, 5>& files);
 

@@ -67,6 +67,9 @@ TEST_F(SessionFilesTest, ReadsSessionValues) {
 }
 
 TEST_F(SessionFilesTest, WritesRoundTrip) {
+  ASSERT_TRUE(WriteConfigColumns(host, home, {2600, 1234.5f}));
+  EXPECT_FLOAT_EQ(ReadConfigColumns(host, home).Second, 1234.5f);
+  EXPECT_EQ(GetValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1"), "2600");
   ASSERT_TRUE(WriteGeometry(host, home, "FrmDoc", {1.5f, 2, 3000, 4000}));
   const WindowGeometry g = ReadGeometry(host, home, "FrmDoc");
   EXPECT_FLOAT_EQ(g.Left, 1.5f);
