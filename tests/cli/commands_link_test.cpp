@@ -1,0 +1,72 @@
+// probe through the real lkwriter-cli binary, against the simulated writer.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+
+#include "tests/support/temp_dir.h"
+
+namespace lk::test {
+namespace {
+
+struct CliRun {
+  int status;
+  std::string out;
+};
+
+CliRun RunCli(const std::string& args) {
+  const std::string command =
+      std::string(LK_CLI_PATH) + " --home " + LK_PROGRAM_DIR + " " + args + " 2>&1";
+  CliRun run{-1, ""};
+  FILE* pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return run;
+  char buffer[512];
+  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) run.out += buffer;
+  const int raw = ::pclose(pipe);
+  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+  return run;
+}
+
+TEST(ProbeCommandTest, PrintsTheMonitorLinesAndTracesTheExchange) {
+  TempDir dir;
+  const std::string trace = (dir / "trace.txt").string();
+  const CliRun run = RunCli("--device sim --trace " + trace + " probe");
+  EXPECT_EQ(run.status, 0) << run.out;
+  EXPECT_NE(run.out.find("烧录器已经连接！版本号： v3."), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("烧录器ID："), std::string::npos) << run.out;
+
+  std::istringstream lines(dir.Read("trace.txt"));
+  std::vector<std::string> got;
+  for (std::string line; std::getline(lines, line);) got.push_back(line);
+  ASSERT_EQ(got.size(), 4u);
+  EXPECT_EQ(got[0].substr(0, 14), "> 00 03 a0 a3 ");
+  EXPECT_EQ(got[1].substr(0, 10), "< 00 05 a0");
+  EXPECT_EQ(got[2].substr(0, 14), "> 00 03 a2 a5 ");
+  EXPECT_EQ(got[3].substr(0, 10), "< 00 09 a2");
+  for (const std::string& line : got) EXPECT_EQ(line.size(), 2u + 65 * 3 - 1);
+}
+
+TEST(ProbeCommandTest, ExitStatusOfTheFailures) {
+  struct Case {
+    std::string args;
+    int status;
+    std::string text;
+  };
+  const Case cases[] = {
+      {"--device usb probe", 3, "No Device Connected"},
+      {"--device sim --sim-fault unplug@1 probe", 3, "No Device Connected"},
+      {"--device sim --sim-fault badcode@2 --timeout 300 probe", 1, "读取错误！"},
+      {"--device sim --sim-fault noanswer@2 --timeout 300 probe", 1, "读取错误！"},
+      {"--device floppy probe", 2, "floppy"},
+  };
+  for (const Case& c : cases) {
+    const CliRun run = RunCli(c.args);
+    EXPECT_EQ(run.status, c.status) << c.args << "\n" << run.out;
+    EXPECT_NE(run.out.find(c.text), std::string::npos) << c.args << "\n" << run.out;
+  }
+}
+
+}  // namespace
+}  // namespace lk::test
