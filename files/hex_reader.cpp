@@ -1,6 +1,7 @@
 // Intel HEX: only the data records of program memory are used. Every field is taken by
 // character position, the record checksum is not verified and the line length is not
 // checked, so that files from the older tools with loose record layouts still open.
+#include <algorithm>
 #include <string>
 
 #include "files/model_rules.h"
@@ -26,10 +27,14 @@ DataRecordResult StoreDataRecord(std::string_view line, std::vector<std::int32_t
   for (std::uint32_t j = 0; j < count; ++j) {
     // Four characters per word, low byte first: the word is characters 3-4 then 1-2.
     const std::string_view four = Mid(data, 4 * j + 1, 4);
-    std::string digits(Mid(four, 3, 2));
-    digits += Mid(four, 1, 2);
-    std::uint32_t word = 0;
-    if (!ParseHexField(digits, word)) return DataRecordResult::Malformed;
+    std::uint32_t high = 0;
+    std::uint32_t low = 0;
+    const std::string_view highDigits = Mid(four, 3, 2);
+    if (!ParseHexField(highDigits, high) || !ParseHexField(Mid(four, 1, 2), low)) {
+      return DataRecordResult::Malformed;
+    }
+    // The digits of the second pair follow those of the first ("3F" + "FF").
+    const std::uint32_t word = (high << (4 * std::min<std::size_t>(four.size(), 2))) | low;
     const std::uint64_t index = std::uint64_t{address} + j;
     if (index < words.size() && index <= static_cast<std::uint64_t>(romSize)) {
       words[index] = static_cast<std::int32_t>(word) & mask;

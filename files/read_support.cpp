@@ -1,5 +1,6 @@
 #include "files/read_support.h"
 
+#include <array>
 #include <fstream>
 #include <system_error>
 
@@ -27,20 +28,27 @@ std::string_view Mid(std::string_view text, std::size_t start, std::size_t lengt
   return text.substr(start - 1, length);
 }
 
+namespace {
+
+// 0..15 for a hexadecimal digit, 0xFF for anything else.
+constexpr std::array<std::uint8_t, 256> MakeHexTable() {
+  std::array<std::uint8_t, 256> table{};
+  for (auto& v : table) v = 0xFF;
+  for (int c = '0'; c <= '9'; ++c) table[c] = static_cast<std::uint8_t>(c - '0');
+  for (int c = 'A'; c <= 'F'; ++c) table[c] = static_cast<std::uint8_t>(c - 'A' + 10);
+  for (int c = 'a'; c <= 'f'; ++c) table[c] = static_cast<std::uint8_t>(c - 'a' + 10);
+  return table;
+}
+constexpr std::array<std::uint8_t, 256> kHexDigit = MakeHexTable();
+
+}  // namespace
+
 bool ParseHexField(std::string_view field, std::uint32_t& value) {
   if (field.size() > 8) return false;
   std::uint32_t v = 0;
   for (char c : field) {
-    std::uint32_t digit;
-    if (c >= '0' && c <= '9') {
-      digit = static_cast<std::uint32_t>(c - '0');
-    } else if (c >= 'A' && c <= 'F') {
-      digit = static_cast<std::uint32_t>(c - 'A' + 10);
-    } else if (c >= 'a' && c <= 'f') {
-      digit = static_cast<std::uint32_t>(c - 'a' + 10);
-    } else {
-      return false;
-    }
+    const std::uint8_t digit = kHexDigit[static_cast<unsigned char>(c)];
+    if (digit == 0xFF) return false;
     v = (v << 4) | digit;
   }
   value = v;
