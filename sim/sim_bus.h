@@ -17,11 +17,11 @@ struct SimConfig {
   // that already holds a chip, "" keeps that chip and the same model keeps it too
   // (with everything programmed into it); another model puts a fresh blank chip of
   // that model into the socket.
-  std::string chipModel;
-  int version = 3;        // firmware version low byte (below 3 = first generation)
-  std::string fault;      // "KIND@N" or ""
-  std::string stateFile;  // keeps chip and store between runs when not empty
-  bool timing = false;    // 1 ms per report each way plus a programming time per word
+  std::string chipModel = {};
+  int version = 3;             // firmware version low byte (below 3 = first generation)
+  std::string fault = {};      // "KIND@N" or ""
+  std::string stateFile = {};  // keeps chip and store between runs when not empty
+  bool timing = false;         // 1 ms per report each way plus a programming time per word
 
   // How many times 0xF1 answers 0xE3 (busy) before it gives the blank-check result.
   int busyAnswers = 3;

@@ -82,6 +82,7 @@ TEST(SimFaultTest, EachKindStrikesAtPacketN) {
     std::vector<Seen> seen;
     for (int i = 0; i < 5; ++i) seen.push_back(Query(rig));
     EXPECT_EQ(seen, c.expected);
+    EXPECT_EQ(rig.writer->Log().size(), c.kind == FaultKind::Unplug ? 2u : 5u);
   }
 }
 
