@@ -1,0 +1,130 @@
+// The link's overhead: ProgramRom + VerifyRom of a 4096-word chip against the simulated
+// writer with its timing model on, compared with the lower bound the link allows
+// (every report 1 ms, every programmed word its programming time). Prints the ratio
+// bound / measured; 1.0 would mean the host side costs nothing.
+#include <sys/prctl.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <thread>
+
+#include "core/chip_database.h"
+#include "link/writer.h"
+#include "sim/sim_bus.h"
+#include "sim/sim_writer.h"
+
+namespace {
+
+// Counts the reports that actually cross the link, both ways.
+class CountingTransport : public lk::Transport {
+ public:
+  CountingTransport(std::unique_ptr<lk::Transport> inner, long& count)
+      : inner_(std::move(inner)), count_(count) {}
+  bool Send(const lk::Report& r, int t) override { return inner_->Send(r, t) && ++count_; }
+  bool Receive(lk::Report& r, int t) override { return inner_->Receive(r, t) && ++count_; }
+  std::string LastError() const override { return inner_->LastError(); }
+
+ private:
+  std::unique_ptr<lk::Transport> inner_;
+  long& count_;
+};
+
+class CountingBus : public lk::WriterBus {
+ public:
+  CountingBus(std::unique_ptr<lk::WriterBus> inner, long& count)
+      : inner_(std::move(inner)), count_(count) {}
+  bool Present() override { return inner_->Present(); }
+  std::unique_ptr<lk::Transport> Open() override {
+    auto t = inner_->Open();
+    return t ? std::make_unique<CountingTransport>(std::move(t), count_) : nullptr;
+  }
+  std::string Describe() const override { return inner_->Describe(); }
+
+ private:
+  std::unique_ptr<lk::WriterBus> inner_;
+  long& count_;
+};
+
+class QuietHost : public lk::Host {
+ public:
+  void Message(lk::Icon, const std::string& text, const std::string&) override {
+    std::fprintf(stderr, "message: %s\n", text.c_str());
+  }
+  bool Ask(const std::string&, const std::string&) override { return true; }
+  void Log(const std::string&) override {}
+  void ReplaceLastLog(const std::string&) override {}
+  void ClearLog() override {}
+  void Progress(long, long) override {}
+  void Status(int, const std::string&) override {}
+  void Diagnostic(const std::string& line) override { std::fprintf(stderr, "diag: %s\n", line.c_str()); }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // The simulator sleeps for its timing model; the kernel's default 50 us timer slack
+  // on every one of those sleeps would be charged to the link otherwise.
+  prctl(PR_SET_TIMERSLACK, 1UL, 0, 0, 0);
+  const char* home = argc > 1 ? argv[1] : LK_PROGRAM_DIR;
+  const std::string model = "QVM50F96A";
+  QuietHost host;
+  lk::Home programHome(home);
+  lk::Project project;
+  project.Chip = lk::LoadChipParams(host, programHome, model);
+  if (!project.Chip.Loaded() || project.Chip.RomSize != 0xFFF) {
+    std::fprintf(stderr, "link_bench: %s with 4096 words not found under %s\n", model.c_str(), home);
+    return 2;
+  }
+  for (int i = 0; i <= project.Chip.RomSize; ++i) project.Chip.RomWords[i] = (i * 37) & 0xFFFF;
+
+  lk::sim::SimConfig config;
+  config.chipModel = model;
+  config.version = 3;
+  config.timing = true;
+  long reports = 0;
+  lk::Writer writer(host, std::make_unique<CountingBus>(
+                              lk::sim::MakeSimBus(host, programHome, config), reports));
+  if (!writer.FindWriter() || !writer.OpenWriterHandles() || !writer.GetWriterVersion() ||
+      !writer.CheckChipType(project.Chip, 0xF6) || !writer.PrepareChip(project.Chip)) {
+    std::fprintf(stderr, "link_bench: chip session could not start\n");
+    return 1;
+  }
+
+  double best = 0;
+  for (int round = 0; round < 3; ++round) {
+    reports = 0;
+    const auto start = std::chrono::steady_clock::now();
+    const bool programmed = writer.ProgramRom(project, 0xF3);
+    lk::VerifyResult result;
+    writer.VerifyRom(project, result, 0xF2);
+    const auto took = std::chrono::steady_clock::now() - start;
+    if (!programmed || !result.Pass) {
+      std::fprintf(stderr, "link_bench: program/verify failed\n");
+      return 1;
+    }
+    const auto bound = lk::sim::TimingBound(reports, project.Chip.RomSize + 1);
+    const double ratio = std::chrono::duration<double>(bound).count() /
+                         std::chrono::duration<double>(took).count();
+    std::printf("program+verify 4096 words: %ld reports, bound %.1f ms, measured %.1f ms, "
+                "ratio %.3f\n",
+                reports, std::chrono::duration<double, std::milli>(bound).count(),
+                std::chrono::duration<double, std::milli>(took).count(), ratio);
+    if (ratio > best) best = ratio;
+  }
+  std::printf("link_bench ratio (best of 3): %.3f (goal >= 0.97)\n", best);
+
+  // The same number of sleeps with nothing else: what the machine's timer costs alone.
+  // When this baseline is already far from the bound the shortfall is the scheduler's.
+  const auto each = lk::sim::TimingBound(reports, project.Chip.RomSize + 1) / reports;
+  const auto start = std::chrono::steady_clock::now();
+  for (long i = 0; i < reports; ++i) std::this_thread::sleep_for(each);
+  const auto alone = std::chrono::steady_clock::now() - start;
+  std::printf("sleep baseline: %ld sleeps take %.1f ms alone (bound / baseline %.3f)\n", reports,
+              std::chrono::duration<double, std::milli>(alone).count(),
+              std::chrono::duration<double>(lk::sim::TimingBound(reports, project.Chip.RomSize + 1))
+                      .count() /
+                  std::chrono::duration<double>(alone).count());
+  writer.FinishOperation(true);
+  return 0;
+}
