@@ -1,0 +1,110 @@
+// lkwriter-cli show / convert, run as a process on a program folder and image files
+// that each test writes itself.
+#include <sys/wait.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using lk::test::TempDir;
+
+struct RunResult {
+  int exitCode = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+class CliFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir.Write("dat/qvmc.ini",
+              "[MCULIST]\nTINY=1\n[TINY]\nPROD=1234\nROMSIZE=7\nCONFIGLENTH=1\nHEXMCU=3FFF\n");
+    dir.Write("dat/cfg.ini", "");
+    dir.Write("dat/data.dat",
+              "[Data]\nMcuType=TINY\n[RecentFile]\nFile0=\nFile1=\nFile2=\nFile3=\nFile4=\n");
+    // Words 0 = 0x1234 and 1 = 0x0ABC, the rest blank.
+    dir.Write("img.hex", ":040000003412BC0A00\r\n:00000001FF\r\n");
+  }
+
+  RunResult Run(const std::string& args) {
+    const std::string errFile = (dir / "stderr.txt").string();
+    const std::string command = Quote(LK_CLI_PATH) + " --home " + Quote(dir.Path().string()) +
+                                " " + args + " 2>" + Quote(errFile);
+    RunResult r;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) return r;
+    char buffer[4096];
+    std::size_t n;
+    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) r.out.append(buffer, n);
+    const int status = ::pclose(pipe);
+    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    r.err = dir.Read("stderr.txt");
+    return r;
+  }
+
+  std::string PathOf(const std::string& name) { return Quote((dir / name).string()); }
+
+  TempDir dir;
+};
+
+// 0x12+0x34 + 0x0A+0xBC + 6 x (0x3F+0xFF) words + 2 x (0x3F+0xFF) configuration = 0x0AFC
+constexpr const char* kShown =
+    "Model:TINY\n"
+    "Checksum:0AFC\n"
+    "Config:3FFF 3FFF\n"
+    "000000: 1234 0ABC 3FFF 3FFF 3FFF 3FFF 3FFF 3FFF\n";
+
+TEST_F(CliFileTest, ShowPrintsModelChecksumConfigAndText) {
+  const RunResult r = Run("show " + PathOf("img.hex"));
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(r.out, kShown);
+  EXPECT_EQ(r.err, "");
+}
+
+TEST_F(CliFileTest, ShowReportsFileErrors) {
+  RunResult r = Run("show " + PathOf("none.hex"));
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_EQ(r.err, "message: File: \"" + (dir / "none.hex").string() + "\" Not Found!\n");
+  EXPECT_EQ(r.out, "");
+
+  dir.Write("bad.lkx", "TINY!");
+  r = Run("show " + PathOf("bad.lkx"));
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_EQ(r.err, "message: Open File Error!\n");
+
+  EXPECT_EQ(Run("show").exitCode, 2) << "FILE is required";
+}
+
+TEST_F(CliFileTest, ConvertWritesAProjectThatShowsTheSame) {
+  RunResult r = Run("convert " + PathOf("img.hex") + " " + PathOf("out"));
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  const std::string bytes = dir.Read("out.lkx");
+  ASSERT_EQ(bytes.size(), 256u + 16u);
+  EXPECT_EQ(bytes.substr(0, 5), "TINY!");
+  EXPECT_EQ(bytes.substr(256, 4), "\x34\x12\xBC\x0A");
+
+  r = Run("convert " + PathOf("img.hex") + " " + PathOf("again.lkx"));
+  EXPECT_EQ(r.exitCode, 0);
+  EXPECT_EQ(dir.Read("again.lkx"), bytes) << "an explicit .lkx is not doubled";
+
+  r = Run("show " + PathOf("out.lkx"));
+  EXPECT_EQ(r.exitCode, 0);
+  EXPECT_EQ(r.out, kShown);
+
+  r = Run("convert " + PathOf("img.hex") + " " + PathOf("no/such/folder/x.lkx"));
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_NE(r.err.find("message: Save File Error!"), std::string::npos) << r.err;
+}
+
+}  // namespace
