@@ -1,4 +1,5 @@
 // The simulated writer's Transport and WriterBus.
+#include <chrono>
 #include <deque>
 #include <thread>
 
@@ -6,6 +7,28 @@
 
 namespace lk::sim {
 namespace {
+
+// The writer's clock for the timing model. A sleep oversleeps by the scheduler's
+// wake-up latency (often 100 us or more, a tenth of a report); the excess is taken off
+// the next sleep, so that over an exchange the writer spends the modelled time, not
+// more. Only the clock's own oversleeping is carried: time the host spends between
+// reports is never absorbed.
+class ModelClock {
+ public:
+  void Spend(std::chrono::microseconds time) {
+    auto target = std::chrono::duration_cast<std::chrono::nanoseconds>(time) - excess_;
+    if (target <= std::chrono::nanoseconds::zero()) {
+      excess_ = -target;
+      return;
+    }
+    auto start = std::chrono::steady_clock::now();
+    std::this_thread::sleep_for(target);
+    excess_ = std::chrono::steady_clock::now() - start - target;
+  }
+
+ private:
+  std::chrono::nanoseconds excess_{0};
+};
 
 class SimTransport : public Transport {
  public:
@@ -15,7 +38,7 @@ class SimTransport : public Transport {
     std::optional<Report> answer;
     long words = 0;
     if (!writer_->Accept(report, answer, words, error_)) return false;
-    if (writer_->Config().timing) std::this_thread::sleep_for(TimingBound(1, words));
+    if (writer_->Config().timing) clock_.Spend(TimingBound(1, words));
     if (answer) pending_.push_back(*answer);
     return true;
   }
@@ -31,7 +54,7 @@ class SimTransport : public Transport {
       error_ = "no answer from the simulated writer within " + std::to_string(timeoutMs) + " ms";
       return false;
     }
-    if (writer_->Config().timing) std::this_thread::sleep_for(kReportTime);
+    if (writer_->Config().timing) clock_.Spend(kReportTime);
     report = pending_.front();
     pending_.pop_front();
     return true;
@@ -43,6 +66,7 @@ class SimTransport : public Transport {
   std::shared_ptr<SimWriter> writer_;
   std::deque<Report> pending_;
   std::string error_;
+  ModelClock clock_;
 };
 
 class SimBus : public WriterBus {

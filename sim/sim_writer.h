@@ -28,6 +28,9 @@ inline constexpr std::uint8_t kSimVersionHigh = 1;
 
 // Timing model: every report costs kReportTime each way, every programmed word
 // (program and configuration words, EEDATA bytes, chip or store) kWordProgramTime.
+// The transport sleeps that long (the answer's time on receipt, the packet's and its
+// words' on sending) and makes up its own oversleeping on the next sleep, so an
+// exchange costs the writer the bound below and everything beyond it is the host's.
 inline constexpr std::chrono::microseconds kReportTime{1000};
 inline constexpr std::chrono::microseconds kWordProgramTime{50};
 
