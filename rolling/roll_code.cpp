@@ -142,6 +142,11 @@ bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::in
 
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile) {
   if (!enabled) return true;
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(settingsFile, ec)) {
+    ShowFileMessage(host, 1, settingsFile);  // once, and no code lines in the log
+    return false;
+  }
   const RollSettings settings = ReadRollSettings(host, settingsFile);
   std::vector<std::int32_t> code = settings.Counts;
   host.Log("Rolling Code:" + RollCodeText(code));

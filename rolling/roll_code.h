@@ -42,7 +42,7 @@ bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::in
 // adjusted when that mode is on) under "Count" and logs "Next Rolling Code:". Does
 // nothing and returns true when the feature is off. Returns false when nothing could
 // be advanced: exhausted code space or a code that is not four valid bytes (a message
-// says which; nothing is stored), or a write error.
+// says which; nothing is stored), a missing settings file or a write error.
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile);
 
 }  // namespace lk

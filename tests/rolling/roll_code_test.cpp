@@ -228,6 +228,13 @@ TEST_F(AdvanceRollCodeTest, DisabledDoesNothing) {
   EXPECT_TRUE(host.log.empty());
 }
 
+TEST_F(AdvanceRollCodeTest, MissingFileIsOneMessage) {
+  EXPECT_FALSE(AdvanceRollCode(host, true, dir / "none.ini"));
+  EXPECT_EQ(host.messages.size(), 1u);
+  EXPECT_TRUE(host.log.empty());
+  EXPECT_FALSE(std::filesystem::exists(dir / "none.ini"));
+}
+
 TEST_F(AdvanceRollCodeTest, ExhaustedOrShortCodesAreNotStored) {
   const std::pair<const char*, const char*> cases[] = {{"254 253 252 251", "4"}, {"1 2 3", "3"}};
   for (const auto& [count, length] : cases) {
