@@ -66,6 +66,10 @@ enum class RollOkResult { Saved, Refused, SilentlyIgnored };
 //  - Disable: only "Value" = "False" is written, and only into an existing file; the
 //    stored code, addresses and steps are kept so that enabling again continues the
 //    same sequence. Nothing typed is validated.
+//  - The 2262 check reports the first unusable byte counting from byte 0 (the last
+//    item typed), naming the item as typed.
+//  - A count item below 0 (possible only from scripts, never through the key filter)
+//    is refused like one above 255.
 //  - A write failure (already reported by the writer) gives Refused.
 RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
                              const std::filesystem::path& settingsFile);
