@@ -181,6 +181,8 @@ TEST_F(RollSettingsTest, OkChecksInOrder) {
       {"0 1 2 3", "4", "255 2 3 4", false, RollOkResult::Refused, "所有数据不能是 0x00 或 0xFF"},
       {"0 1 2", "3", "1 2 3", false, RollOkResult::SilentlyIgnored, nullptr},
       {"0 1 2 3", "4", "1 3 5 2", true, RollOkResult::Refused, "数据 \"2\" 不能用于2262模式！"},
+      {"0 1 2 3", "4", "6 3 5 002", true, RollOkResult::Refused,  // byte 0 first, as typed
+       "数据 \"002\" 不能用于2262模式！"},
       {"0 1 2 3", "4", "1 3 5 2", false, RollOkResult::Saved, nullptr},
       {"0 1 2 3", "4", "01 3 5 7", true, RollOkResult::Saved, nullptr},
   };
