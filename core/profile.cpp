@@ -215,23 +215,16 @@ std::string GetValue(Host& host, const std::filesystem::path& path, const std::s
   return value;
 }
 
-bool WriteValue(Host& host, const std::filesystem::path& path, const std::string& section,
-                const std::string& key, const std::string& value) {
-  std::error_code ec;
-  std::string bytes;
-  if (!std::filesystem::is_regular_file(path, ec) || !ReadWholeFile(path, bytes)) {
-    host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
-    return false;
-  }
-  const TextEncoding encoding = DetectEncoding(bytes);
-  const std::string text = DecodeText(bytes, encoding);
-  const std::string eol = DetectLineEnd(text);
-  std::vector<std::string> lines = SplitProfileLines(text);
-  bool trailingEol = !text.empty() && (text.back() == '\n' || text.back() == '\r');
+namespace {
+
+// Sets key=value in the first section of that name (both matched case-insensitively),
+// replacing the value in place, appending the key after the section's last entry, or
+// appending the section at the end of the file.
+void SetEntry(std::vector<std::string>& lines, bool& trailingEol, const std::string& section,
+              const std::string& key, const std::string& value) {
   // A value cannot span lines: a line break would open new lines in the file.
   const std::string entry = FirstLine(key) + "=" + FirstLine(value);
 
-  // The first section of that name; the key is looked up only there.
   std::size_t header = lines.size();
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const WriterLine w = ParseForWriting(lines[i]);
@@ -244,26 +237,44 @@ bool WriteValue(Host& host, const std::filesystem::path& path, const std::string
     lines.push_back("[" + FirstLine(section) + "]");
     lines.push_back(entry);
     trailingEol = true;
-  } else {
-    std::size_t lastEntry = header;
-    std::size_t found = lines.size();
-    for (std::size_t i = header + 1; i < lines.size(); ++i) {
-      const WriterLine w = ParseForWriting(lines[i]);
-      if (w.kind == WriterLineKind::Header) break;
-      if (w.kind != WriterLineKind::Entry) continue;
-      lastEntry = i;
-      if (EqualsNoCase(w.name, key)) {
-        found = i;
-        break;
-      }
-    }
-    if (found != lines.size()) {
-      lines[found] = ParseForWriting(lines[found]).name + "=" + FirstLine(value);
-    } else {
-      lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(lastEntry) + 1, entry);
-      if (lastEntry + 2 == lines.size()) trailingEol = true;
+    return;
+  }
+  std::size_t lastEntry = header;
+  std::size_t found = lines.size();
+  for (std::size_t i = header + 1; i < lines.size(); ++i) {
+    const WriterLine w = ParseForWriting(lines[i]);
+    if (w.kind == WriterLineKind::Header) break;
+    if (w.kind != WriterLineKind::Entry) continue;
+    lastEntry = i;
+    if (EqualsNoCase(w.name, key)) {
+      found = i;
+      break;
     }
   }
+  if (found != lines.size()) {
+    lines[found] = ParseForWriting(lines[found]).name + "=" + FirstLine(value);
+  } else {
+    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(lastEntry) + 1, entry);
+    if (lastEntry + 2 == lines.size()) trailingEol = true;
+  }
+}
+
+}  // namespace
+
+bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
+                 const std::vector<std::pair<std::string, std::string>>& entries) {
+  std::error_code ec;
+  std::string bytes;
+  if (!std::filesystem::is_regular_file(path, ec) || !ReadWholeFile(path, bytes)) {
+    host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
+    return false;
+  }
+  const TextEncoding encoding = DetectEncoding(bytes);
+  const std::string text = DecodeText(bytes, encoding);
+  const std::string eol = DetectLineEnd(text);
+  std::vector<std::string> lines = SplitProfileLines(text);
+  bool trailingEol = !text.empty() && (text.back() == '\n' || text.back() == '\r');
+  for (const auto& [key, value] : entries) SetEntry(lines, trailingEol, section, key, value);
 
   std::string out;
   std::size_t total = 0;
@@ -275,12 +286,20 @@ bool WriteValue(Host& host, const std::filesystem::path& path, const std::string
   }
   if (trailingEol) out += eol;
 
+  const std::string encoded = EncodeText(out, encoding);
+  // Nothing changed: leave the file (and the disk) alone.
+  if (encoded == bytes) return true;
   std::string error;
-  if (!WriteFileAtomically(path, EncodeText(out, encoding), error)) {
+  if (!WriteFileAtomically(path, encoded, error)) {
     host.Message(Icon::Critical, error, kAppTitle);
     return false;
   }
   return true;
+}
+
+bool WriteValue(Host& host, const std::filesystem::path& path, const std::string& section,
+                const std::string& key, const std::string& value) {
+  return WriteValues(host, path, section, {{key, value}});
 }
 
 }  // namespace lk

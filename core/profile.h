@@ -13,6 +13,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/host.h"
@@ -39,6 +40,11 @@ bool WriteValue(Host& host, const std::filesystem::path& path, const std::string
 
 // Kind 1: "File: "<path>" Not Found!"; kind 2: "QVM File Unrecognized!"; others: nothing.
 void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path);
+
+// Several values of one section in a single atomic rewrite, each with the semantics of
+// WriteValue (applied in order). An unchanged file is not rewritten.
+bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
+                 const std::vector<std::pair<std::string, std::string>>& entries);
 
 // One line normalised as every reader does: cut at ";", trim blanks.
 std::string NormaliseProfileLine(const std::string& line);

@@ -64,11 +64,11 @@ std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
 }
 
 bool WriteRecentFiles(Host& host, const Home& home, const std::array<std::string, 5>& files) {
-  bool ok = true;
+  std::vector<std::pair<std::string, std::string>> entries;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    ok = WriteValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i), files[i]) && ok;
+    entries.emplace_back("File" + std::to_string(i), files[i]);
   }
-  return ok;
+  return WriteValues(host, home.DataDat(), "RecentFile", entries);
 }
 
 std::string ReadMcuType(Host& host, const Home& home) {

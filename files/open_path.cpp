@@ -48,23 +48,6 @@ std::string ModifiedText(const std::string& path) {
   return buffer;
 }
 
-// Writes the five entries to data.dat. Every write of a value is a durable atomic
-// rewrite of the file, so entries that already hold their value are not written again;
-// the file ends up the same. A missing file is reported as the profile writer does.
-void WriteRecentList(Host& host, const Home& home, const std::array<std::string, 5>& files) {
-  std::error_code ec;
-  if (!std::filesystem::is_regular_file(home.DataDat(), ec)) {
-    WriteRecentFiles(host, home, files);
-    return;
-  }
-  const std::array<std::string, 5> stored = ReadRecentFiles(host, home);
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (stored[i] != files[i]) {
-      WriteValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i), files[i]);
-    }
-  }
-}
-
 }  // namespace
 
 std::string FileTitleOf(const std::string& path) {
@@ -114,7 +97,7 @@ OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::s
 
   // A refused or wiped file stays in the list: it was opened.
   PushRecentFile(project.RecentFiles, path);
-  WriteRecentList(host, home, project.RecentFiles);
+  WriteRecentFiles(host, home, project.RecentFiles);
 
   bool loaded = false;
   if (Reader reader = ReaderFor(path)) {

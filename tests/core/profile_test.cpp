@@ -1,6 +1,7 @@
 #include "core/profile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_dir.h"
@@ -163,6 +164,26 @@ TEST(ProfileWriteGbkTest, KeepsTheFilesEncoding) {
   const auto u = dir.Write("u.dat", "[中]\r\nA=1\r\n");
   ASSERT_TRUE(WriteValue(host, u, "中", "A", "文"));
   EXPECT_EQ(dir.Read("u.dat"), "[中]\r\nA=文\r\n");
+}
+
+TEST(ProfileWriteValuesTest, SeveralKeysInOneRewriteAndNoRewriteWhenUnchanged) {
+  TempDir dir;
+  RecordingHost host;
+  const auto p = dir.Write("data.dat", "[Data]\r\nMcuType=X\r\n[RecentFile]\r\nfile0=a\r\n");
+  ASSERT_TRUE(WriteValues(host, p, "RecentFile", {{"File0", "b"}, {"File1", "c"}, {"File0", "d"}}));
+  EXPECT_EQ(dir.Read("data.dat"),
+            "[Data]\r\nMcuType=X\r\n[RecentFile]\r\nfile0=d\r\nFile1=c\r\n");
+
+  // Writing the same values again must not touch the file: its inode stays.
+  const auto before = std::filesystem::last_write_time(p);
+  struct stat st1 {};
+  ASSERT_EQ(::stat(p.c_str(), &st1), 0);
+  ASSERT_TRUE(WriteValues(host, p, "RecentFile", {{"File0", "d"}, {"FILE1", "c"}}));
+  struct stat st2 {};
+  ASSERT_EQ(::stat(p.c_str(), &st2), 0);
+  EXPECT_EQ(st1.st_ino, st2.st_ino);
+  EXPECT_EQ(before, std::filesystem::last_write_time(p));
+  EXPECT_TRUE(host.messages.empty());
 }
 
 TEST(ProfileWriteMissingTest, NeverCreatesAFile) {
