@@ -79,8 +79,11 @@ std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32
     if (!items) continue;
     bool match = true;
     for (const BitItem& item : *items) {
+      // word AND 2^b = 2^b * value: only the values 0 and 1 can ever match, so they are
+      // compared as such rather than multiplied (a huge value would overflow).
       const std::int64_t mask = std::int64_t{1} << item.bit;
-      match = match && (words[item.word] & mask) == mask * item.value;
+      const bool set = (words[item.word] & mask) == mask;
+      match = match && ((item.value == 1 && set) || (item.value == 0 && !set));
     }
     if (match) current = KeyOf(lines[i]);  // the last matching line wins
   }
