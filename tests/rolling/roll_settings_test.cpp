@@ -206,29 +206,34 @@ TEST_F(RollSettingsTest, OkChecksInOrder) {
     // Nothing is written until every check passes.
     EXPECT_EQ(std::filesystem::exists(file), c.result == RollOkResult::Saved) << c.count;
     EXPECT_EQ(h.status[1], c.result == RollOkResult::Saved ? "Rolling Code:Enable" : "");
+    if (c.result == RollOkResult::Saved) {
+      EXPECT_EQ(GetValue(h, file, "Rolling Code", "2262mode"), c.mode2262 ? "1" : "0");
+      EXPECT_EQ(h.log.back(), c.mode2262 ? "Work as 2262 Mode!" : std::string("Step:1 1 1 1"));
+    }
   }
 }
 
 TEST_F(RollSettingsTest, OkSavesEveryKeyInOrderAndLogs) {
-  const RollDialogInput in{true, "0010 0011 0012 0013", "4", "1 3 5 7", "1 1 1 1", true};
+  const RollDialogInput in{true, "0010 0011 0012 0013", "4", "1 2 3 4", "1 1 1 1", false};
   ASSERT_EQ(ApplyRollDialog(host, in, dir / "board.ini"), RollOkResult::Saved)
       << (host.messages.empty() ? "" : host.messages[0].text);
   // The file did not exist: it is created and holds exactly the keys, in order.
   const ProfileList lines = GetSectionLines(host, dir / "board.ini", "Rolling Code");
   EXPECT_EQ(lines, (ProfileList{"", "Address=0010 0011 0012 0013", "World_Lenth=4", "Mode=False",
-                                "Count=1 3 5 7", "Step=1 1 1 1", "Value=True", "2262mode=1",
+                                "Count=1 2 3 4", "Step=1 1 1 1", "Value=True", "2262mode=0",
                                 "Version=1.0"}));
+  EXPECT_EQ(dir.Read("board.ini").rfind("[Rolling Code]", 0), 0u) << dir.Read("board.ini");
   EXPECT_EQ(host.log,
             (std::vector<std::string>{"Enable Rolling Code!", "Address:0010 0011 0012 0013",
-                                      "Count:1 3 5 7", "Step:1 1 1 1", "Work as 2262 Mode!"}));
+                                      "Count:1 2 3 4", "Step:1 1 1 1"}));
   EXPECT_EQ(host.status[1], "Rolling Code:Enable");
 
   // What was saved reads back as the same code.
   const RollSettings s = ReadRollSettings(host, dir / "board.ini");
   EXPECT_TRUE(s.Enabled);
   EXPECT_EQ(s.Addresses, (Words{0x13, 0x12, 0x11, 0x10}));
-  EXPECT_EQ(s.Counts, (Words{7, 5, 3, 1}));
-  EXPECT_TRUE(s.Mode2262);
+  EXPECT_EQ(s.Counts, (Words{4, 3, 2, 1}));
+  EXPECT_FALSE(s.Mode2262);
 }
 
 TEST_F(RollSettingsTest, DisableKeepsTheStoredCode) {
