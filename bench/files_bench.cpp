@@ -22,6 +22,7 @@
 
 #include "core/chip_database.h"
 #include "core/image.h"
+#include "core/quiet_host.h"
 #include "files/image_writers.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
@@ -32,20 +33,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
-
-class QuietHost : public lk::Host {
- public:
-  void Message(lk::Icon, const std::string& text, const std::string&) override {
-    std::cerr << "message: " << text << "\n";
-  }
-  bool Ask(const std::string&, const std::string&) override { return true; }
-  void Log(const std::string&) override {}
-  void ReplaceLastLog(const std::string&) override {}
-  void ClearLog() override {}
-  void Progress(long, long) override {}
-  void Status(int, const std::string&) override {}
-  void Diagnostic(const std::string&) override {}
-};
 
 void Write(const fs::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
@@ -83,7 +70,7 @@ int main(int argc, char** argv) {
   Write(dir / "dat" / "data.dat",
         "[Data]\nMcuType=BENCH64K\n[RecentFile]\nFile0=\nFile1=\nFile2=\nFile3=\nFile4=\n");
   const lk::Home home(dir);
-  QuietHost host;
+  lk::QuietHost host(stderr);
 
   std::vector<std::int32_t> words(65536);
   std::uint32_t x = 12345;

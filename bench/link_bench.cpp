@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "core/chip_database.h"
+#include "core/quiet_host.h"
 #include "link/writer.h"
 #include "sim/sim_bus.h"
 #include "sim/sim_writer.h"
@@ -46,20 +47,6 @@ class CountingBus : public lk::WriterBus {
   long& count_;
 };
 
-class QuietHost : public lk::Host {
- public:
-  void Message(lk::Icon, const std::string& text, const std::string&) override {
-    std::fprintf(stderr, "message: %s\n", text.c_str());
-  }
-  bool Ask(const std::string&, const std::string&) override { return true; }
-  void Log(const std::string&) override {}
-  void ReplaceLastLog(const std::string&) override {}
-  void ClearLog() override {}
-  void Progress(long, long) override {}
-  void Status(int, const std::string&) override {}
-  void Diagnostic(const std::string& line) override { std::fprintf(stderr, "diag: %s\n", line.c_str()); }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -68,7 +55,7 @@ int main(int argc, char** argv) {
   prctl(PR_SET_TIMERSLACK, 1UL, 0, 0, 0);
   const char* home = argc > 1 ? argv[1] : LK_PROGRAM_DIR;
   const std::string model = "QVM50F96A";
-  QuietHost host;
+  lk::QuietHost host(stderr, true);
   lk::Home programHome(home);
   lk::Project project;
   project.Chip = lk::LoadChipParams(host, programHome, model);

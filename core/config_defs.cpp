@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "core/numeric_text.h"
+#include "core/profile.h"
 
 namespace lk {
 namespace {
@@ -59,23 +60,13 @@ std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool wit
   return items;
 }
 
-std::string KeyOf(const std::string& line) {
-  return line.substr(0, line.find('='));
-}
-
-std::string ValueOf(const std::string& line) {
-  const std::size_t eq = line.find('=');
-  if (eq == std::string::npos) return "";
-  const std::size_t next = line.find('=', eq + 1);
-  return line.substr(eq + 1, next == std::string::npos ? next : next - eq - 1);
-}
 
 }  // namespace
 
 std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32_t>& words) {
   std::string current;
   for (std::size_t i = 2; i < lines.size(); ++i) {
-    const auto items = ParseItems(ValueOf(lines[i]), true, words.size());
+    const auto items = ParseItems(ProfileValue(lines[i]), true, words.size());
     if (!items) continue;
     bool match = true;
     for (const BitItem& item : *items) {
@@ -85,7 +76,7 @@ std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32
       const bool set = (words[item.word] & mask) == mask;
       match = match && ((item.value == 1 && set) || (item.value == 0 && !set));
     }
-    if (match) current = KeyOf(lines[i]);  // the last matching line wins
+    if (match) current = ProfileKey(lines[i]);  // the last matching line wins
   }
   return current;
 }
@@ -108,13 +99,13 @@ std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesyst
     const ProfileList lines = GetSectionLines(host, file, sections[s]);
     if (lines.size() < 3) break;  // fewer than two data lines ends the definitions
     ConfigOptionRow row{sections[s], ""};
-    const auto width = ParseDecimal(ValueOf(lines[1]));
+    const auto width = ParseDecimal(ProfileValue(lines[1]));
     if (width && *width == 1.0) {
       row.Value = CurrentChoice(lines, words);
     } else {
       for (std::size_t i = 2; i < lines.size(); ++i) {
-        if (KeyOf(lines[i]) == "DAT") {
-          row.Value = FieldBinary(ValueOf(lines[i]), words);
+        if (ProfileKey(lines[i]) == "DAT") {
+          row.Value = FieldBinary(ProfileValue(lines[i]), words);
           break;
         }
       }

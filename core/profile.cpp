@@ -30,18 +30,6 @@ ProfileLine Classify(const std::string& raw) {
   return out;
 }
 
-// Key: text before the first "=" (the whole line without one). Value: the text
-// between the first and the second "=" ("KEY=a=b" gives "a").
-std::string KeyOf(const std::string& line) {
-  return line.substr(0, line.find('='));
-}
-
-std::string ValueOf(const std::string& line) {
-  const std::size_t eq = line.find('=');
-  if (eq == std::string::npos) return "";
-  const std::size_t next = line.find('=', eq + 1);
-  return line.substr(eq + 1, next == std::string::npos ? std::string::npos : next - eq - 1);
-}
 
 // Reads and splits a file for the readers; a missing or unreadable file shows the
 // not-found message once and gives false.
@@ -127,6 +115,15 @@ std::string FirstLine(const std::string& s) {
 
 }  // namespace
 
+std::string ProfileKey(const std::string& line) { return line.substr(0, line.find('=')); }
+
+std::string ProfileValue(const std::string& line) {
+  const std::size_t eq = line.find('=');
+  if (eq == std::string::npos) return "";
+  const std::size_t next = line.find('=', eq + 1);
+  return line.substr(eq + 1, next == std::string::npos ? std::string::npos : next - eq - 1);
+}
+
 std::string NormaliseProfileLine(const std::string& line) {
   std::string out = line.substr(0, line.find(';'));
   const std::size_t b = out.find_first_not_of(' ');
@@ -196,7 +193,7 @@ ProfileList GetSectionKeys(Host& host, const std::filesystem::path& path,
   std::vector<std::string> lines;
   if (!LoadProfile(host, path, lines)) return out;
   ForEachSectionLine(lines, section, [&](const std::string& line) {
-    out.push_back(KeyOf(line));
+    out.push_back(ProfileKey(line));
     return true;
   });
   return out;
@@ -208,8 +205,8 @@ std::string GetValue(Host& host, const std::filesystem::path& path, const std::s
   if (!LoadProfile(host, path, lines)) return "";
   std::string value;
   ForEachSectionLine(lines, section, [&](const std::string& line) {
-    if (KeyOf(line) != key) return true;
-    value = ValueOf(line);
+    if (ProfileKey(line) != key) return true;
+    value = ProfileValue(line);
     return false;
   });
   return value;

@@ -46,6 +46,13 @@ void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path);
 bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
                  const std::vector<std::pair<std::string, std::string>>& entries);
 
+// The key of a data line: the text before the first "=" (the whole line without one).
+std::string ProfileKey(const std::string& line);
+
+// The value of a data line: the text between the first and the second "="
+// ("KEY=a=b" gives "a"); "" when the line has no "=".
+std::string ProfileValue(const std::string& line);
+
 // One line normalised as every reader does: cut at ";", trim blanks.
 std::string NormaliseProfileLine(const std::string& line);
 

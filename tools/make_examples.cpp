@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "core/chip_database.h"
+#include "core/quiet_host.h"
 #include "files/image_writers.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
@@ -25,23 +26,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// Prints messages: an example must open without any.
-class ConsoleHost : public lk::Host {
- public:
-  void Message(lk::Icon, const std::string& text, const std::string&) override {
-    std::cerr << "message: " << text << "\n";
-    ++messages;
-  }
-  bool Ask(const std::string&, const std::string&) override { return true; }
-  void Log(const std::string&) override {}
-  void ReplaceLastLog(const std::string&) override {}
-  void ClearLog() override {}
-  void Progress(long, long) override {}
-  void Status(int, const std::string&) override {}
-  void Diagnostic(const std::string&) override {}
-  int messages = 0;
-};
 
 // A recognisable program of count words, the rest of the area blank.
 std::vector<std::int32_t> Program(const lk::ChipParams& chip, std::size_t count) {
@@ -80,7 +64,8 @@ int main(int argc, char** argv) {
     }
   }
   const lk::Home home(temp);
-  ConsoleHost host;
+  // Messages are printed: an example must open without any.
+  lk::QuietHost host(stderr);
   auto load = [&](const std::string& model) {
     lk::ChipParams chip = lk::LoadChipParams(host, home, model);
     if (!chip.Loaded()) std::cerr << "model " << model << " is not in the database\n";
@@ -147,13 +132,13 @@ int main(int argc, char** argv) {
             "Count=1 2 3 4\r\nStep=0 0 0 1\r\nValue=True\r\n2262mode=0\r\nVersion=1.0\r\n");
 
   // Every example must open cleanly on its model.
-  int failures = host.messages;
+  int failures = host.MessageCount();
   for (const Made& m : made) {
     lk::Project project;
     project.Chip = load(m.model);
-    const int before = host.messages;
+    const int before = host.MessageCount();
     const lk::OpenResult result = lk::OpenPath(host, home, project, m.path.string());
-    const bool ok = result.opened && result.imageLoaded && host.messages == before;
+    const bool ok = result.opened && result.imageLoaded && host.MessageCount() == before;
     std::cout << (ok ? "ok   " : "FAIL ") << m.path.string() << "  " << project.Chip.Name << "  "
               << result.checksumText << "\n";
     failures += ok ? 0 : 1;

@@ -9,46 +9,21 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/run_cli.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 using lk::test::TempDir;
 
-struct RunResult {
-  int exitCode = -1;
-  std::string out;
-  std::string err;
-};
+using lk::test::CliResult;
+using lk::test::ShellQuote;
 
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
+CliResult RunCli(const TempDir& dir, const std::string& args) {
+  return lk::test::RunCli(dir.Path(), args);
 }
 
-RunResult RunCli(const TempDir& dir, const std::string& args) {
-  const std::string errFile = (dir / "stderr.txt").string();
-  const std::string command = Quote(LK_CLI_PATH) + " --home " + Quote(dir.Path().string()) + " " +
-                              args + " 2>" + Quote(errFile);
-  RunResult r;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return r;
-  char buffer[4096];
-  std::size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) r.out.append(buffer, n);
-  const int status = ::pclose(pipe);
-  r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  r.err = dir.Read("stderr.txt");
-  return r;
-}
-
-std::vector<std::string> Lines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
+std::vector<std::string> Lines(const std::string& text) { return lk::test::SplitLines(text); }
 
 class CliCoreTest : public ::testing::Test {
  protected:
@@ -71,7 +46,7 @@ class CliCoreTest : public ::testing::Test {
 };
 
 TEST_F(CliCoreTest, ChipsInListOrder) {
-  RunResult r = RunCli(dir, "chips");
+  CliResult r = RunCli(dir, "chips");
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out, "BETA\nALPHA\nBAD\n");
   r = RunCli(dir, "--json chips");
@@ -79,7 +54,7 @@ TEST_F(CliCoreTest, ChipsInListOrder) {
 }
 
 TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
-  const RunResult r = RunCli(dir, "chip ALPHA");
+  const CliResult r = RunCli(dir, "chip ALPHA");
   ASSERT_EQ(r.exitCode, 0) << r.err;
   const std::vector<std::string> expected{"Name=ALPHA",
                                           "Type=23041",
@@ -116,7 +91,7 @@ TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
 }
 
 TEST_F(CliCoreTest, ChipWithoutModelIsTheSelectedOne) {
-  RunResult r = RunCli(dir, "chip");
+  CliResult r = RunCli(dir, "chip");
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(Lines(r.out).front(), "Name=ALPHA");
   r = RunCli(dir, "--chip BETA chip");
@@ -136,7 +111,7 @@ TEST_F(CliCoreTest, ChipErrors) {
       {"chip NOPE", "NOPE"}, {"chip BAD", "INS=40000"},  // refused with a message, not a crash
   };
   for (const auto& c : cases) {
-    const RunResult r = RunCli(dir, c.args);
+    const CliResult r = RunCli(dir, c.args);
     EXPECT_EQ(r.exitCode, 2) << c.args;
     EXPECT_TRUE(r.out.empty()) << c.args;
     EXPECT_NE(r.err.find(c.errContains), std::string::npos) << c.args << ": " << r.err;
@@ -144,7 +119,7 @@ TEST_F(CliCoreTest, ChipErrors) {
 }
 
 TEST_F(CliCoreTest, ChipJson) {
-  const RunResult r = RunCli(dir, "--json chip ALPHA");
+  const CliResult r = RunCli(dir, "--json chip ALPHA");
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out.rfind("{\"Name\":\"ALPHA\",\"Type\":23041,", 0), 0u) << r.out;
   EXPECT_NE(r.out.find("\"ProPin\":\"1,2,3\""), std::string::npos) << r.out;
@@ -152,7 +127,7 @@ TEST_F(CliCoreTest, ChipJson) {
 }
 
 TEST_F(CliCoreTest, OptionsOfTheSelectedChip) {
-  RunResult r = RunCli(dir, "options");
+  CliResult r = RunCli(dir, "options");
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out, "WDT 看门狗=On\nCAL=01\n");
   r = RunCli(dir, "--json options");
@@ -163,12 +138,12 @@ TEST_F(CliCoreTest, OptionsOfTheSelectedChip) {
 
 TEST_F(CliCoreTest, OptionsErrors) {
   // No definitions for BETA: the not-found message, nothing printed.
-  RunResult r = RunCli(dir, "--chip BETA options");
+  CliResult r = RunCli(dir, "--chip BETA options");
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_TRUE(r.out.empty());
   EXPECT_NE(r.err.find("BETA.cfg\" Not Found!"), std::string::npos) << r.err;
   // A file to open that does not exist.
-  r = RunCli(dir, "options " + Quote((dir / "missing.hex").string()));
+  r = RunCli(dir, "options " + ShellQuote((dir / "missing.hex").string()));
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_NE(r.err.find("missing.hex\" Not Found!"), std::string::npos) << r.err;
 }
@@ -176,14 +151,14 @@ TEST_F(CliCoreTest, OptionsErrors) {
 TEST_F(CliCoreTest, OptionsAfterOpeningAFile) {
   // A file whose ending no reader knows is opened without loading anything.
   const auto note = dir.Write("notes.txt", "nothing");
-  const RunResult r = RunCli(dir, "options " + Quote(note.string()));
+  const CliResult r = RunCli(dir, "options " + ShellQuote(note.string()));
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out, "WDT 看门狗=On\nCAL=01\n");
 }
 
 TEST(CliCoreMissingDatabaseTest, ChipsIsAFileError) {
   TempDir dir;
-  const RunResult r = RunCli(dir, "chips");
+  const CliResult r = RunCli(dir, "chips");
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_NE(r.err.find("qvmc.ini\" Not Found!"), std::string::npos) << r.err;
 }

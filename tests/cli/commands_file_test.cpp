@@ -7,23 +7,15 @@
 #include <cstdio>
 #include <string>
 
+#include "tests/support/run_cli.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 using lk::test::TempDir;
 
-struct RunResult {
-  int exitCode = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string Quote(const std::string& s) {
-  std::string q = "'";
-  for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
+using lk::test::CliResult;
+using lk::test::ShellQuote;
 
 class CliFileTest : public ::testing::Test {
  protected:
@@ -37,23 +29,9 @@ class CliFileTest : public ::testing::Test {
     dir.Write("img.hex", ":040000003412BC0A00\r\n:00000001FF\r\n");
   }
 
-  RunResult Run(const std::string& args) {
-    const std::string errFile = (dir / "stderr.txt").string();
-    const std::string command = Quote(LK_CLI_PATH) + " --home " + Quote(dir.Path().string()) +
-                                " " + args + " 2>" + Quote(errFile);
-    RunResult r;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) return r;
-    char buffer[4096];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) r.out.append(buffer, n);
-    const int status = ::pclose(pipe);
-    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    r.err = dir.Read("stderr.txt");
-    return r;
-  }
+  CliResult Run(const std::string& args) { return lk::test::RunCli(dir.Path(), args); }
 
-  std::string PathOf(const std::string& name) { return Quote((dir / name).string()); }
+  std::string PathOf(const std::string& name) { return ShellQuote((dir / name).string()); }
 
   TempDir dir;
 };
@@ -66,14 +44,14 @@ constexpr const char* kShown =
     "000000: 1234 0ABC 3FFF 3FFF 3FFF 3FFF 3FFF 3FFF\n";
 
 TEST_F(CliFileTest, ShowPrintsModelChecksumConfigAndText) {
-  const RunResult r = Run("show " + PathOf("img.hex"));
+  const CliResult r = Run("show " + PathOf("img.hex"));
   EXPECT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out, kShown);
   EXPECT_EQ(r.err, "");
 }
 
 TEST_F(CliFileTest, ShowReportsFileErrors) {
-  RunResult r = Run("show " + PathOf("none.hex"));
+  CliResult r = Run("show " + PathOf("none.hex"));
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_EQ(r.err, "message: File: \"" + (dir / "none.hex").string() + "\" Not Found!\n");
   EXPECT_EQ(r.out, "");
@@ -87,7 +65,7 @@ TEST_F(CliFileTest, ShowReportsFileErrors) {
 }
 
 TEST_F(CliFileTest, ConvertWritesAProjectThatShowsTheSame) {
-  RunResult r = Run("convert " + PathOf("img.hex") + " " + PathOf("out"));
+  CliResult r = Run("convert " + PathOf("img.hex") + " " + PathOf("out"));
   EXPECT_EQ(r.exitCode, 0) << r.err;
   const std::string bytes = dir.Read("out.lkx");
   ASSERT_EQ(bytes.size(), 256u + 16u);

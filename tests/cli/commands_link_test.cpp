@@ -4,35 +4,28 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
 
+#include "tests/support/run_cli.h"
 #include "tests/support/temp_dir.h"
 
 namespace lk::test {
 namespace {
 
+// Both streams together: the monitor lines go to stdout, the failures to stderr.
 struct CliRun {
   int status;
   std::string out;
 };
 
-CliRun RunCli(const std::string& args) {
-  const std::string command =
-      std::string(LK_CLI_PATH) + " --home " + LK_PROGRAM_DIR + " " + args + " 2>&1";
-  CliRun run{-1, ""};
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return run;
-  char buffer[512];
-  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) run.out += buffer;
-  const int raw = ::pclose(pipe);
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return run;
+CliRun RunProbe(const std::string& args) {
+  const CliResult r = RunCli(LK_PROGRAM_DIR, args);
+  return {r.exitCode, r.out + r.err};
 }
 
 TEST(ProbeCommandTest, PrintsTheMonitorLinesAndTracesTheExchange) {
   TempDir dir;
   const std::string trace = (dir / "trace.txt").string();
-  const CliRun run = RunCli("--device sim --trace " + trace + " probe");
+  const CliRun run = RunProbe("--device sim --trace " + trace + " probe");
   EXPECT_EQ(run.status, 0) << run.out;
   EXPECT_NE(run.out.find("烧录器已经连接！版本号： v3."), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("烧录器ID："), std::string::npos) << run.out;
@@ -62,7 +55,7 @@ TEST(ProbeCommandTest, ExitStatusOfTheFailures) {
       {"--device floppy probe", 2, "floppy"},
   };
   for (const Case& c : cases) {
-    const CliRun run = RunCli(c.args);
+    const CliRun run = RunProbe(c.args);
     EXPECT_EQ(run.status, c.status) << c.args << "\n" << run.out;
     EXPECT_NE(run.out.find(c.text), std::string::npos) << c.args << "\n" << run.out;
   }
