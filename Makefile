@@ -23,10 +23,13 @@ build: configure
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) --timeout 300
 
+# The chip list, the selected chip, an example project (its first lines) and the
+# simulated writer's connection lines.
 run: build
 	$(BUILD)/lkwriter-cli --home $(BUILD) chips
 	$(BUILD)/lkwriter-cli --home $(BUILD) chip
-	$(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx
+	$(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx | head -n 12
+	$(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe
 
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
