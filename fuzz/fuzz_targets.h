@@ -17,6 +17,7 @@
 #include "core/chip_params.h"
 #include "core/home.h"
 #include "core/host.h"
+#include "core/quiet_host.h"
 
 namespace lk::fuzz {
 
@@ -41,17 +42,7 @@ const ChipParams& FuzzChip(const std::string& model);
 // File endings the open_path target chooses from with its second byte.
 const std::vector<std::string>& FuzzOpenEndings();
 
-// A Host that shows nothing and answers every question with OK.
-class NullHost : public Host {
- public:
-  void Message(Icon, const std::string&, const std::string&) override {}
-  bool Ask(const std::string&, const std::string&) override { return true; }
-  void Log(const std::string&) override {}
-  void ReplaceLastLog(const std::string&) override {}
-  void ClearLog() override {}
-  void Progress(long, long) override {}
-  void Status(int, const std::string&) override {}
-  void Diagnostic(const std::string&) override {}
-};
+// The Host of every target: shows nothing, answers every question with OK.
+using NullHost = QuietHost;
 
 }  // namespace lk::fuzz

@@ -72,14 +72,6 @@ bool Valid2262(std::int32_t v) {
   return (v & 0xC0) != 0x80 && (v & 0x30) != 0x20 && (v & 0x0C) != 0x08 && (v & 0x03) != 0x02;
 }
 
-bool WriteAll(Host& host, const std::filesystem::path& file,
-              const std::vector<std::pair<const char*, std::string>>& values) {
-  for (const auto& [key, value] : values) {
-    if (!WriteValue(host, file, kSection, key, value)) return false;
-  }
-  return true;
-}
-
 // The profile writer only updates existing files; a project saved before the
 // rolling code was ever set up has none yet, so an empty one is created first.
 bool EnsureSettingsFile(Host& host, const std::filesystem::path& file) {
@@ -229,15 +221,16 @@ RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
   if (!settingsFile.empty()) {
     if (!EnsureSettingsFile(host, settingsFile)) return RollOkResult::Refused;
     const std::string version = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor);
-    if (!WriteAll(host, settingsFile,
-                  {{"Address", input.Address},
-                   {"World_Lenth", input.Length},
-                   {"Mode", "False"},
-                   {"Count", input.Count},
-                   {"Step", input.Step},
-                   {"Value", "True"},
-                   {"2262mode", input.Mode2262 ? "1" : "0"},
-                   {"Version", version}})) {
+    // One atomic rewrite: the file never holds half of a new setting.
+    if (!WriteValues(host, settingsFile, kSection,
+                     {{"Address", input.Address},
+                      {"World_Lenth", input.Length},
+                      {"Mode", "False"},
+                      {"Count", input.Count},
+                      {"Step", input.Step},
+                      {"Value", "True"},
+                      {"2262mode", input.Mode2262 ? "1" : "0"},
+                      {"Version", version}})) {
       return RollOkResult::Refused;
     }
   }
