@@ -32,33 +32,16 @@ TEST(CheckChipTypeTest, ParameterBlockFieldByField) {
   WriterFixture f;
   const ChipParams chip = BlockChip();
   ASSERT_TRUE(f.writer.CheckChipType(chip, 0xF6));
-  const Report& r = f.wire->sent.at(0);
-  auto at = [&](int i) { return r[1 + i]; };  // packet byte i
-  auto word = [&](int i) { return at(i) | (at(i + 1) << 8); };
-  EXPECT_EQ(at(0), 64);
-  EXPECT_EQ(at(1), 0xF6);
-  EXPECT_EQ(word(2), 0x2345);
-  EXPECT_EQ(word(4), 8);  // 0x800 words = 8 pages
-  EXPECT_EQ(word(6), 3);
-  EXPECT_EQ(word(8), 0xFF);
-  EXPECT_EQ(word(10), 0x3FFF);
-  EXPECT_EQ(word(12), 0x0203);
-  EXPECT_EQ(at(14), 1);  // bit 7 of VppMode
-  EXPECT_EQ((Bytes{at(15), at(16), at(17), at(18), at(19), at(20)}), (Bytes{12, 0, 10, 20, 20, 20}));
-  EXPECT_EQ(word(22), 0x1111);
-  EXPECT_EQ(word(24), 0x2222);
-  EXPECT_EQ(word(26), 0x3333);
-  EXPECT_EQ(word(28), 0x4444);
-  EXPECT_EQ(word(30), 0x0550);
-  EXPECT_EQ(at(32), 0x85);
-  EXPECT_EQ(at(33), 0xA7);
-  EXPECT_EQ(word(34), 0x3A5B);
-  EXPECT_EQ(std::string(reinterpret_cast<const char*>(&r[1 + 36]), 9), "QVM50F96B");
-  EXPECT_EQ((Bytes{at(45), at(46), at(47)}), (Bytes{0, 0, 0}));
-  EXPECT_EQ(word(48), 0x1000);
-  EXPECT_EQ(at(50), 0xC3);
-  for (int i = 51; i <= 62; ++i) EXPECT_EQ(at(i), 0) << i;
-  EXPECT_EQ(at(63), proto::Checksum(&r[1], 63));
+  Bytes expected = {
+      64,   0xF6, 0x45, 0x23,  // length, code, type (low 16 bits)
+      8,    0,    3,    0,    0xFF, 0, 0xFF, 0x3F, 0x03, 0x02,  // pages, config, EE, mask, VppSel
+      1,    12,   0,    10,   20,   20,   20,   0,     // VppMode bit 7, fixed bytes, byte 21
+      0x11, 0x11, 0x22, 0x22, 0x33, 0x33, 0x44, 0x44, 0x50, 0x05,  // erase times, program time
+      0x85, 0xA7, 0x5B, 0x3A,                          // VppMode, SpcAdd low, SpcDat
+      'Q',  'V',  'M',  '5',  '0',  'F',  '9',  '6',  'B',  0, 0, 0,  // name, 12 bytes
+      0x00, 0x10, 0xC3, 0,    0,    0,    0,    0,    0,    0, 0, 0, 0, 0, 0};  // BlankRom+1, ..
+  expected.push_back(proto::Checksum(expected.data(), 63));
+  EXPECT_EQ(f.wire->Packet(0), expected);
 }
 
 TEST(CheckChipTypeTest, PagesNameAndVppBit) {

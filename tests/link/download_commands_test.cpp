@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/link/fake_wire.h"
-#include "tests/support/temp_dir.h"
 
 namespace lk::test {
 namespace {
@@ -19,10 +18,10 @@ struct StoreResponder {
     auto word = [&](int i) { return r[1 + i] | (r[2 + i] << 8); };
     switch (code) {
       case proto::kStoreRom:
-        for (int k = 0; k < r[1 + 4] / 2; ++k) memory->rom.at(word(2) + k) = word(5 + 2 * k);
-        return Checked(0xE1);
       case proto::kStoreConfig:
-        for (int k = 0; k < r[1 + 4] / 2; ++k) memory->config.at(word(2) + k) = word(5 + 2 * k);
+        for (int k = 0; k < r[1 + 4] / 2; ++k)
+          (code == proto::kStoreRom ? memory->rom : memory->config).at(word(2) + k) =
+              word(5 + 2 * k);
         return Checked(0xE1);
       case proto::kImageSum:
         storedSum = word(2);
@@ -117,11 +116,10 @@ TEST(DownloadTest, ModelExceptionsAndEedata) {
 
 TEST(DownloadTest, RollingRecordsAndReadBack) {
   TempDir dir;
-  dir.Write("p.ini",
-            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=3\r\nAddress=3E 2 1F0\r\n"
-            "Count=9 8 7\r\nStep=0 0 1\r\n2262mode=1\r\n");
   DownloadFixture f;
-  f.project.ProjectPath = (dir / "p.lkx").string();
+  f.project.ProjectPath = RollingProject(dir, "World_Lenth=3\r\nAddress=3E 2 1F0\r\n"
+                                              "Count=9 8 7\r\nStep=0 0 1\r\n2262mode=1\r\n")
+                               .ProjectPath;
   f.project.RollingEnabled = true;
   ASSERT_TRUE(f.writer.DownloadProject(f.project, 0, 0));
   const Bytes start = f.wire->Packet(6);
@@ -135,38 +133,22 @@ TEST(DownloadTest, RollingRecordsAndReadBack) {
 }
 
 TEST(DownloadTest, AnyBadStepEndsTheDownload) {
-  struct Case {
-    const char* what;
-    std::function<void(StoreResponder&, FakeWire&)> spoil;
+  // One answer spoiled: the stored sum, the rolling marks, the store's content (not kept).
+  const std::pair<std::uint8_t, Report> spoiled[] = {
+      {proto::kCheckStoredSum, Checked(0xE1, {0, 0})},
+      {proto::kReadRollingStart, Checked(0xE1, {0xA5, 0x69, 0, 0, 0, 0, 0, 0, 0, 0, 0})},
+      {proto::kStoreRom, Checked(0xE1)},
   };
-  const Case cases[] = {
-      {"stored sum differs", [](StoreResponder& s, FakeWire& w) {
-         w.responder = [&s](const Report& r) {
-           if (r[2] == proto::kCheckStoredSum) return std::optional<Report>(Checked(0xE1, {0, 0}));
-           return s(r);
-         };
-       }},
-      {"rolling marks swapped", [](StoreResponder& s, FakeWire& w) {
-         w.responder = [&s](const Report& r) {
-           if (r[2] == proto::kReadRollingStart) {
-             return std::optional<Report>(Checked(0xE1, {0xA5, 0x69, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-           }
-           return s(r);
-         };
-       }},
-      {"store verify differs", [](StoreResponder& s, FakeWire& w) {
-         w.responder = [&s](const Report& r) {
-           if (r[2] == proto::kStoreRom) return std::optional<Report>(Checked(0xE1));
-           return s(r);
-         };
-       }},
-      {"writer unplugged", [](StoreResponder&, FakeWire& w) { w.unplugAfterSends = 7; }},
-  };
-  for (const Case& c : cases) {
+  for (const auto& [code, answer] : spoiled) {
     DownloadFixture f;
-    c.spoil(f.store, *f.wire);
-    EXPECT_FALSE(f.writer.DownloadProject(f.project, 0x4321, 0)) << c.what;
+    f.wire->responder = [&f, code = code, answer = answer](const Report& r) {
+      return r[2] == code ? std::optional<Report>(answer) : f.store(r);
+    };
+    EXPECT_FALSE(f.writer.DownloadProject(f.project, 0x4321, 0)) << int(code);
   }
+  DownloadFixture f;
+  f.wire->unplugAfterSends = 7;
+  EXPECT_FALSE(f.writer.DownloadProject(f.project, 0x4321, 0));
 }
 
 }  // namespace

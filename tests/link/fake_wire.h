@@ -13,6 +13,7 @@
 #include "link/transport.h"
 #include "link/writer.h"
 #include "tests/support/recording_host.h"
+#include "tests/support/temp_dir.h"
 
 namespace lk::test {
 
@@ -193,6 +194,17 @@ inline ChipParams TestChip(int romSize = 0x3FF) {
   c.ConfigLength = 2;
   c.ConfigWords = {0x3FFF, 0x3FFF, 0x3FFF};
   return c;
+}
+
+// A project on TestChip(romSize) with the rolling code on, its settings file beside it
+// holding `fields` (World_Lenth=..., Address=..., Count=..., Step=..., 2262mode=...).
+inline Project RollingProject(const TempDir& dir, const std::string& fields, int romSize = 63) {
+  dir.Write("p.ini", "[Rolling Code]\r\nValue=True\r\nVersion=1\r\n" + fields);
+  Project project;
+  project.Chip = TestChip(romSize);
+  project.ProjectPath = (dir / "p.lkx").string();
+  project.RollingEnabled = true;
+  return project;
 }
 
 }  // namespace lk::test

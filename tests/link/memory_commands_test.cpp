@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/link/fake_wire.h"
-#include "tests/support/temp_dir.h"
 
 namespace lk::test {
 namespace {
@@ -145,12 +144,8 @@ TEST(ProgramRomTest, ModelRulesAndStoreCode) {
 
 TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
   TempDir dir;
-  dir.Write("p.ini",
-            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=2\r\nAddress=1E A\r\n"
-            "Count=205 171\r\nStep=0 1\r\n2262mode=0\r\n");
-  Project project = ProjectFor(TestChip(63));
-  project.ProjectPath = (dir / "p.lkx").string();
-  project.RollingEnabled = true;
+  Project project = RollingProject(
+      dir, "World_Lenth=2\r\nAddress=1E A\r\nCount=205 171\r\nStep=0 1\r\n2262mode=0\r\n");
   for (auto& w : project.Chip.RomWords) w = 0x2F00;
   WriterFixture f;
   ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
@@ -176,12 +171,8 @@ TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
 
 TEST(ProgramRomTest, RollingAddressBeyondTheChipIsRefusedBeforeProgramming) {
   TempDir dir;
-  dir.Write("p.ini",
-            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=1\r\nAddress=40\r\n"
-            "Count=1\r\nStep=1\r\n2262mode=0\r\n");
-  Project project = ProjectFor(TestChip(63));
-  project.ProjectPath = (dir / "p.lkx").string();
-  project.RollingEnabled = true;
+  const Project project = RollingProject(
+      dir, "World_Lenth=1\r\nAddress=40\r\nCount=1\r\nStep=1\r\n2262mode=0\r\n");
   WriterFixture f;
   EXPECT_FALSE(f.writer.ProgramRom(project, 0xF3));
   EXPECT_TRUE(f.wire->sent.empty());
@@ -278,12 +269,8 @@ TEST(VerifyRomTest, FeffToleranceOfTheDModels) {
 
 TEST(VerifyRomTest, RollingAddressesAreLeftOut) {
   TempDir dir;
-  dir.Write("p.ini",
-            "[Rolling Code]\r\nValue=True\r\nVersion=1\r\nWorld_Lenth=1\r\nAddress=5\r\n"
-            "Count=7\r\nStep=1\r\n2262mode=0\r\n");
-  Project project = ProjectFor(TestChip(63));
-  project.ProjectPath = (dir / "p.lkx").string();
-  project.RollingEnabled = true;
+  const Project project = RollingProject(
+      dir, "World_Lenth=1\r\nAddress=5\r\nCount=7\r\nStep=1\r\n2262mode=0\r\n");
   WriterFixture f;
   f.memory.rom.assign(64, 0x3FFF);
   f.memory.rom[5] = 0x3F06;  // the previous chip's code

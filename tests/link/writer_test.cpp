@@ -45,14 +45,6 @@ TEST(CheckAnswerTest, JudgesLengthBeforeChecksum) {
   for (const Case& c : cases) EXPECT_EQ(CheckAnswer(c.answer), c.good) << c.what;
 }
 
-TEST(Hex2Test, TwoUpperCaseDigitsOfTheLowByte) {
-  EXPECT_EQ(Hex2(0), "00");
-  EXPECT_EQ(Hex2(0x0A), "0A");
-  EXPECT_EQ(Hex2(0xFF), "FF");
-  EXPECT_EQ(Hex2(0x1AB), "AB");
-  EXPECT_EQ(Hex2(-1), "FF");
-}
-
 TEST(WriterFrameTest, VersionQuerySendsLiteralChecksumAndStoresTheWord) {
   WriterFixture f(0);
   f.wire->script.push_back(Checked(0xA0, {2, 7}));
@@ -103,22 +95,17 @@ TEST(WriterFrameTest, ReturnToIdleOnlyOnTheFirstGeneration) {
   }
 }
 
+// Polls 0xF1 while the writer answers busy; only 0xE1 means ready.
 TEST(WriterFrameTest, WaitWriterReadyPollsWhileBusy) {
-  WriterFixture f;
-  for (int i = 0; i < 5; ++i) f.wire->script.push_back(Checked(0xE3));
-  f.wire->script.push_back(Checked(0xE1));
-  EXPECT_TRUE(f.writer.WaitWriterReady());
-  EXPECT_EQ(f.wire->sent.size(), 6u);
-  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(f.wire->Packet(i), (Bytes{3, 0xF1, 0xF4}));
-}
-
-TEST(WriterFrameTest, WaitWriterReadyEndsOnOtherAnswers) {
-  const std::optional<Report> answers[] = {Checked(0xE2), Checked(0x00), std::nullopt};
-  for (const auto& answer : answers) {
+  const std::pair<std::optional<Report>, bool> lastAnswers[] = {
+      {Checked(0xE1), true}, {Checked(0xE2), false}, {Checked(0x00), false}, {std::nullopt, false}};
+  for (const auto& [last, ready] : lastAnswers) {
     WriterFixture f;
-    f.wire->script = {Checked(0xE3), answer};
-    EXPECT_FALSE(f.writer.WaitWriterReady());
-    EXPECT_EQ(f.wire->sent.size(), 2u);
+    f.wire->script.assign(5, Checked(0xE3));
+    f.wire->script.push_back(last);
+    EXPECT_EQ(f.writer.WaitWriterReady(), ready);
+    ASSERT_EQ(f.wire->sent.size(), 6u);
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(f.wire->Packet(i), (Bytes{3, 0xF1, 0xF4}));
   }
 }
 

@@ -16,37 +16,27 @@ ChipParams Otp() {
 TEST(SimFaultTest, ParsesKindAndPacket) {
   struct Case {
     std::string text;
-    bool ok;
     FaultKind kind;
     long packet;
   } cases[] = {
-      {"", true, FaultKind::None, 0},
-      {"noanswer@3", true, FaultKind::NoAnswer, 3},
-      {"badsum@1", true, FaultKind::BadSum, 1},
-      {"badcode@12", true, FaultKind::BadCode, 12},
-      {"unplug@2", true, FaultKind::Unplug, 2},
-      {"busy", true, FaultKind::Busy, 1},
-      {"wrongchip@7", true, FaultKind::WrongChip, 7},
-      {"explode@2", false, FaultKind::None, 0},
-      {"BUSY@2", false, FaultKind::None, 0},
-      {"busy@0", false, FaultKind::None, 0},
-      {"busy@-1", false, FaultKind::None, 0},
-      {"busy@", false, FaultKind::None, 0},
-      {"busy@2x", false, FaultKind::None, 0},
-      {"@3", false, FaultKind::None, 0},
+      {"", FaultKind::None, 0},           {"noanswer@3", FaultKind::NoAnswer, 3},
+      {"badsum@1", FaultKind::BadSum, 1},  {"badcode@12", FaultKind::BadCode, 12},
+      {"unplug@2", FaultKind::Unplug, 2},  {"busy", FaultKind::Busy, 1},
+      {"wrongchip@7", FaultKind::WrongChip, 7},
   };
+  for (const char* bad : {"explode@2", "BUSY@2", "busy@0", "busy@-1", "busy@", "busy@2x", "@3"}) {
+    std::string error;
+    EXPECT_FALSE(ParseFault(bad, error).has_value()) << bad;
+    EXPECT_FALSE(error.empty()) << bad;
+  }
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     std::string error;
     auto fault = ParseFault(c.text, error);
-    ASSERT_EQ(fault.has_value(), c.ok);
-    if (c.ok) {
-      EXPECT_EQ(fault->kind, c.kind);
-      EXPECT_EQ(fault->packet, c.packet);
-      EXPECT_TRUE(error.empty());
-    } else {
-      EXPECT_FALSE(error.empty());
-    }
+    ASSERT_TRUE(fault.has_value());
+    EXPECT_EQ(fault->kind, c.kind);
+    EXPECT_EQ(fault->packet, c.packet);
+    EXPECT_TRUE(error.empty());
   }
 }
 
@@ -99,12 +89,9 @@ TEST(SimFaultTest, SwallowedAndRefusedPacketsChangeNothing) {
   ASSERT_TRUE(a);
   EXPECT_FALSE(GoodFrame(*a));
   EXPECT_EQ(rig.Chip().program[0], 0);
-}
-
-TEST(SimFaultTest, BadSumSpoilsRawReadsToo) {
-  SimRig rig(Otp(), SimConfig{}, SimFault{FaultKind::BadSum, 2});
-  auto good = rig.Exchange(ReadAt(kReadRom, 0));
-  auto bad = rig.Exchange(ReadAt(kReadRom, 0));
+  // Raw read answers are spoiled too.
+  SimRig reads(Otp(), SimConfig{}, SimFault{FaultKind::BadSum, 2});
+  auto good = reads.Exchange(ReadAt(kReadRom, 0)), bad = reads.Exchange(ReadAt(kReadRom, 0));
   ASSERT_TRUE(good && bad);
   EXPECT_NE(*good, *bad);
 }
@@ -115,10 +102,8 @@ TEST(SimFaultTest, UnplugTakesTheWriterOffTheBus) {
   EXPECT_EQ(rig.Code(Packet(kGetVersion)), 0xA0);  // packet 1 goes through
   EXPECT_FALSE(rig.bus->Present()) << "the next packet would be packet 2";
   EXPECT_FALSE(rig.link->Send(Packet(kGetVersion), 100));
-  EXPECT_FALSE(rig.bus->Present());
   Report r{};
   EXPECT_FALSE(rig.link->Receive(r, 100)) << "an answer of a gone writer never arrives";
-  EXPECT_FALSE(rig.link->Send(Packet(kGetVersion), 100));
   EXPECT_FALSE(rig.link->LastError().empty());
   EXPECT_EQ(rig.bus->Open(), nullptr);
   EXPECT_EQ(rig.writer->PacketCount(), 1);
