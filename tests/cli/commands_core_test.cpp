@@ -1,11 +1,7 @@
 // lkwriter-cli chips / chip / options, run as a process on a program folder that each
 // test writes itself.
-#include <sys/wait.h>
-
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,16 +10,13 @@
 
 namespace {
 
-using lk::test::TempDir;
-
 using lk::test::CliResult;
 using lk::test::ShellQuote;
+using lk::test::TempDir;
 
 CliResult RunCli(const TempDir& dir, const std::string& args) {
   return lk::test::RunCli(dir.Path(), args);
 }
-
-std::vector<std::string> Lines(const std::string& text) { return lk::test::SplitLines(text); }
 
 class CliCoreTest : public ::testing::Test {
  protected:
@@ -45,115 +38,60 @@ class CliCoreTest : public ::testing::Test {
   TempDir dir;
 };
 
-TEST_F(CliCoreTest, ChipsInListOrder) {
-  CliResult r = RunCli(dir, "chips");
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(r.out, "BETA\nALPHA\nBAD\n");
-  r = RunCli(dir, "--json chips");
-  EXPECT_EQ(r.out, "[\"BETA\",\"ALPHA\",\"BAD\"]\n");
-}
-
-TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
-  const CliResult r = RunCli(dir, "chip ALPHA");
-  ASSERT_EQ(r.exitCode, 0) << r.err;
-  const std::vector<std::string> expected{"Name=ALPHA",
-                                          "Type=23041",
-                                          "Prod=1234",
-                                          "Arch=RISC14",
-                                          "Crafts=OTP",
-                                          "RomSize=2047",
-                                          "ConfigLength=1",
-                                          "EeSize=15",
-                                          "EeFlag=160",
-                                          "HexMcu=16383",
-                                          "Ins=14",
-                                          "Fst=20",
-                                          "VppMode=2",
-                                          "VppProg=12.5",
-                                          "VppErase=0.1",
-                                          "VppRead=0",
-                                          "VppKeep=0",
-                                          "VppSel=-1",
-                                          "Erase0=0",
-                                          "Erase1=0",
-                                          "EraseRom=0",
-                                          "EraseConfig=0",
-                                          "ProgTime=0",
-                                          "SpcAdd=0",
-                                          "SpcDat=-32768",
-                                          "ProPin=1,2,3",
-                                          "ChipInfo1=",
-                                          "ChipInfo2=",
-                                          "BlankRom=16383",
-                                          "BlankConfig=16383",
-                                          "ConfigWords=3FFF 0010"};
-  EXPECT_EQ(Lines(r.out), expected);
-}
-
-TEST_F(CliCoreTest, ChipWithoutModelIsTheSelectedOne) {
-  CliResult r = RunCli(dir, "chip");
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(Lines(r.out).front(), "Name=ALPHA");
-  r = RunCli(dir, "--chip BETA chip");
-  EXPECT_EQ(Lines(r.out).front(), "Name=BETA");
-  EXPECT_EQ(Lines(r.out).back(), "ConfigWords=FFFF");
-  // An unknown selection falls back to the first listed model.
-  r = RunCli(dir, "--chip NOPE chip");
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(Lines(r.out).front(), "Name=BETA");
-}
-
-TEST_F(CliCoreTest, ChipErrors) {
+// Whole outputs and exit codes of the listing commands.
+TEST_F(CliCoreTest, ContractOutputs) {
+  const std::string note = ShellQuote(dir.Write("notes.txt", "nothing").string());
   struct Case {
-    const char* args;
-    const char* errContains;
+    std::string args;
+    int exitCode;
+    std::string out;
+    std::string errContains;
   } cases[] = {
-      {"chip NOPE", "NOPE"}, {"chip BAD", "INS=40000"},  // refused with a message, not a crash
+      {"chips", 0, "BETA\nALPHA\nBAD\n", ""},
+      {"--json chips", 0, "[\"BETA\",\"ALPHA\",\"BAD\"]\n", ""},
+      {"options", 0, "WDT 看门狗=On\nCAL=01\n", ""},
+      {"--json options", 0,
+       "[{\"option\":\"WDT 看门狗\",\"value\":\"On\"},{\"option\":\"CAL\",\"value\":\"01\"}]\n", ""},
+      // A file whose ending no reader knows is opened without loading anything.
+      {"options " + note, 0, "WDT 看门狗=On\nCAL=01\n", ""},
+      {"--chip BETA options", 2, "", "BETA.cfg\" Not Found!"},  // no definitions for BETA
+      {"options " + ShellQuote((dir / "missing.hex").string()), 2, "", "missing.hex\" Not Found!"},
+      {"chip NOPE", 2, "", "NOPE"},
+      {"chip BAD", 2, "", "INS=40000"},  // refused with a message, not a crash
   };
   for (const auto& c : cases) {
     const CliResult r = RunCli(dir, c.args);
-    EXPECT_EQ(r.exitCode, 2) << c.args;
-    EXPECT_TRUE(r.out.empty()) << c.args;
+    EXPECT_EQ(r.exitCode, c.exitCode) << c.args << ": " << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args;
     EXPECT_NE(r.err.find(c.errContains), std::string::npos) << c.args << ": " << r.err;
   }
 }
 
-TEST_F(CliCoreTest, ChipJson) {
-  const CliResult r = RunCli(dir, "--json chip ALPHA");
+TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
+  const char* kAlpha =
+      "Name=ALPHA\nType=23041\nProd=1234\nArch=RISC14\nCrafts=OTP\nRomSize=2047\n"
+      "ConfigLength=1\nEeSize=15\nEeFlag=160\nHexMcu=16383\nIns=14\nFst=20\nVppMode=2\n"
+      "VppProg=12.5\nVppErase=0.1\nVppRead=0\nVppKeep=0\nVppSel=-1\nErase0=0\nErase1=0\n"
+      "EraseRom=0\nEraseConfig=0\nProgTime=0\nSpcAdd=0\nSpcDat=-32768\nProPin=1,2,3\n"
+      "ChipInfo1=\nChipInfo2=\nBlankRom=16383\nBlankConfig=16383\nConfigWords=3FFF 0010\n";
+  CliResult r = RunCli(dir, "chip ALPHA");
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(r.out, kAlpha);
+  r = RunCli(dir, "chip");  // the selected model
+  EXPECT_EQ(r.out, kAlpha);
+  r = RunCli(dir, "--chip BETA chip");
+  EXPECT_EQ(r.out.rfind("Name=BETA\n", 0), 0u) << r.out;
+  EXPECT_NE(r.out.find("\nConfigWords=FFFF\n"), std::string::npos) << r.out;
+  // An unknown selection falls back to the first listed model.
+  r = RunCli(dir, "--chip NOPE chip");
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(r.out.rfind("Name=BETA\n", 0), 0u) << r.out;
+
+  r = RunCli(dir, "--json chip ALPHA");
   ASSERT_EQ(r.exitCode, 0) << r.err;
   EXPECT_EQ(r.out.rfind("{\"Name\":\"ALPHA\",\"Type\":23041,", 0), 0u) << r.out;
   EXPECT_NE(r.out.find("\"ProPin\":\"1,2,3\""), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("\"ConfigWords\":[\"3FFF\",\"0010\"]}"), std::string::npos) << r.out;
-}
-
-TEST_F(CliCoreTest, OptionsOfTheSelectedChip) {
-  CliResult r = RunCli(dir, "options");
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(r.out, "WDT 看门狗=On\nCAL=01\n");
-  r = RunCli(dir, "--json options");
-  EXPECT_EQ(
-      r.out,
-      "[{\"option\":\"WDT 看门狗\",\"value\":\"On\"},{\"option\":\"CAL\",\"value\":\"01\"}]\n");
-}
-
-TEST_F(CliCoreTest, OptionsErrors) {
-  // No definitions for BETA: the not-found message, nothing printed.
-  CliResult r = RunCli(dir, "--chip BETA options");
-  EXPECT_EQ(r.exitCode, 2);
-  EXPECT_TRUE(r.out.empty());
-  EXPECT_NE(r.err.find("BETA.cfg\" Not Found!"), std::string::npos) << r.err;
-  // A file to open that does not exist.
-  r = RunCli(dir, "options " + ShellQuote((dir / "missing.hex").string()));
-  EXPECT_EQ(r.exitCode, 2);
-  EXPECT_NE(r.err.find("missing.hex\" Not Found!"), std::string::npos) << r.err;
-}
-
-TEST_F(CliCoreTest, OptionsAfterOpeningAFile) {
-  // A file whose ending no reader knows is opened without loading anything.
-  const auto note = dir.Write("notes.txt", "nothing");
-  const CliResult r = RunCli(dir, "options " + ShellQuote(note.string()));
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(r.out, "WDT 看门狗=On\nCAL=01\n");
 }
 
 TEST(CliCoreMissingDatabaseTest, ChipsIsAFileError) {

@@ -1,10 +1,7 @@
 // lkwriter-cli show / convert, run as a process on a program folder and image files
 // that each test writes itself.
-#include <sys/wait.h>
-
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "tests/support/run_cli.h"
@@ -12,10 +9,9 @@
 
 namespace {
 
-using lk::test::TempDir;
-
 using lk::test::CliResult;
 using lk::test::ShellQuote;
+using lk::test::TempDir;
 
 class CliFileTest : public ::testing::Test {
  protected:
@@ -71,10 +67,6 @@ TEST_F(CliFileTest, ConvertWritesAProjectThatShowsTheSame) {
   ASSERT_EQ(bytes.size(), 256u + 16u);
   EXPECT_EQ(bytes.substr(0, 5), "TINY!");
   EXPECT_EQ(bytes.substr(256, 4), "\x34\x12\xBC\x0A");
-
-  r = Run("convert " + PathOf("img.hex") + " " + PathOf("again.lkx"));
-  EXPECT_EQ(r.exitCode, 0);
-  EXPECT_EQ(dir.Read("again.lkx"), bytes) << "an explicit .lkx is not doubled";
 
   r = Run("show " + PathOf("out.lkx"));
   EXPECT_EQ(r.exitCode, 0);

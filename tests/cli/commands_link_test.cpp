@@ -1,8 +1,6 @@
 // probe through the real lkwriter-cli binary, against the simulated writer.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <sstream>
 #include <string>
 
 #include "tests/support/run_cli.h"
@@ -30,9 +28,7 @@ TEST(ProbeCommandTest, PrintsTheMonitorLinesAndTracesTheExchange) {
   EXPECT_NE(run.out.find("烧录器已经连接！版本号： v3."), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("烧录器ID："), std::string::npos) << run.out;
 
-  std::istringstream lines(dir.Read("trace.txt"));
-  std::vector<std::string> got;
-  for (std::string line; std::getline(lines, line);) got.push_back(line);
+  const std::vector<std::string> got = SplitLines(dir.Read("trace.txt"));
   ASSERT_EQ(got.size(), 4u);
   EXPECT_EQ(got[0].substr(0, 14), "> 00 03 a0 a3 ");
   EXPECT_EQ(got[1].substr(0, 10), "< 00 05 a0");

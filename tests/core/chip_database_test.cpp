@@ -115,35 +115,20 @@ TEST_F(ChipDatabaseTest, UnknownModelsGiveTheEmptyRecordSilently) {
 }
 
 TEST_F(ChipDatabaseTest, ValuesThatDoNotFitRefuseTheModel) {
-  struct Case {
-    const char* line;
-    const char* key;
-  } cases[] = {
-      {"INS=40000", "INS"},
-      {"FST=300", "FST"},
-      {"FST=-1", "FST"},
-      {"EEDATA=8000", "EEDATA"},
-      {"EEDATA=FFFFFFFF", "EEDATA"},
-      {"BLANKCONFIG=FFFF", "BLANKCONFIG"},
-      {"VPPMODE=FFFF", "VPPMODE"},
-      {"ROMSIZE=10000", "ROMSIZE"},
-      {"ROMSIZE=FFFFFFFF", "ROMSIZE"},
-      {"CONFIGLENTH=FFFFFFFF", "CONFIGLENTH"},
-      {"TYPE=123456789", "TYPE"},
-      {"VPPPROG=1E39", "VPPPROG"},
-      {"PROPIN=1,256", "PROPIN"},
-      {"SPCADD=32768", "SPCADD"},
-  };
-  for (const auto& c : cases) {
+  // The message names the model and the key of the line.
+  for (const std::string line :
+       {"INS=40000", "FST=300", "FST=-1", "EEDATA=8000", "EEDATA=FFFFFFFF", "BLANKCONFIG=FFFF",
+        "VPPMODE=FFFF", "ROMSIZE=10000", "ROMSIZE=FFFFFFFF", "CONFIGLENTH=FFFFFFFF",
+        "TYPE=123456789", "VPPPROG=1E39", "PROPIN=1,256", "SPCADD=32768"}) {
     RecordingHost h;
-    const Home home = WriteDb("BAD=1", std::string("[BAD]\r\nHEXMCU=3FFF\r\n") + c.line + "\r\n");
-    const ChipParams chip = LoadChipParams(h, home, "BAD");
-    EXPECT_FALSE(chip.Loaded()) << c.line;
-    ASSERT_EQ(h.messages.size(), 1u) << c.line;
+    const Home home = WriteDb("BAD=1", "[BAD]\r\nHEXMCU=3FFF\r\n" + line + "\r\n");
+    EXPECT_FALSE(LoadChipParams(h, home, "BAD").Loaded()) << line;
+    ASSERT_EQ(h.messages.size(), 1u) << line;
     EXPECT_EQ(h.messages[0].icon, Icon::Critical);
     EXPECT_EQ(h.messages[0].caption, kAppTitle);
     EXPECT_NE(h.messages[0].text.find("BAD"), std::string::npos) << h.messages[0].text;
-    EXPECT_NE(h.messages[0].text.find(c.key), std::string::npos) << h.messages[0].text;
+    EXPECT_NE(h.messages[0].text.find(line.substr(0, line.find('='))), std::string::npos)
+        << h.messages[0].text;
   }
 }
 
