@@ -23,8 +23,9 @@ int HexDigit(char c) {
   return -1;
 }
 
-// The value of the leading hex digits; nullopt when it needs more than 32 bits.
-std::optional<std::uint32_t> LeadingHex(std::string_view text) {
+}  // namespace
+
+std::optional<std::uint32_t> ParseHexUnsigned(std::string_view text) {
   std::uint64_t value = 0;
   for (char c : WithoutBlanks(text)) {
     const int d = HexDigit(c);
@@ -35,16 +36,14 @@ std::optional<std::uint32_t> LeadingHex(std::string_view text) {
   return static_cast<std::uint32_t>(value);
 }
 
-}  // namespace
-
 std::optional<std::int32_t> ParseHexLong(std::string_view text) {
-  const auto value = LeadingHex(text);
+  const auto value = ParseHexUnsigned(text);
   if (!value) return std::nullopt;
   return static_cast<std::int32_t>(*value);
 }
 
 std::optional<std::int32_t> ParseHexShort(std::string_view text) {
-  const auto value = LeadingHex(text);
+  const auto value = ParseHexUnsigned(text);
   if (!value) return std::nullopt;
   if (*value <= 0xFFFF) return static_cast<std::int16_t>(static_cast<std::uint16_t>(*value));
   return static_cast<std::int32_t>(*value);

@@ -14,6 +14,9 @@ namespace lk {
 // "FFFFFFFF" -> -1). More than 32 bits of digits overflow.
 std::optional<std::int32_t> ParseHexLong(std::string_view text);
 
+// The leading hexadecimal digits as an unsigned value; nullopt past 32 bits.
+std::optional<std::uint32_t> ParseHexUnsigned(std::string_view text);
+
 // "&H" + text: a value that fits in 16 bits is a 16-bit signed quantity ("FFFF" -> -1,
 // "8000" -> -32768); larger values up to 32 bits are 32-bit signed.
 std::optional<std::int32_t> ParseHexShort(std::string_view text);
