@@ -1,7 +1,6 @@
 #include "core/chip_database.h"
 
 #include <cfloat>
-#include <functional>
 #include <limits>
 #include <optional>
 #include <system_error>
@@ -155,13 +154,8 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
       continue;
     }
     if (!open) continue;
-    const std::size_t eq = line.find('=');
-    const std::string key = line.substr(0, eq);
-    std::string value;
-    if (eq != std::string::npos) {
-      const std::size_t next = line.find('=', eq + 1);
-      value = line.substr(eq + 1, next == std::string::npos ? next : next - eq - 1);
-    }
+    const std::string key = ProfileKey(line);
+    const std::string value = ProfileValue(line);
     if (!StoreKey(key, value, chip)) {
       Refuse(host, model, key, value);
       return {};
