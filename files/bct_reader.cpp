@@ -40,10 +40,8 @@ bool ReadBctFile(Host& host, const Home& home, ChipParams& chip,
   const std::size_t words = static_cast<std::size_t>(fresh.RomSize) + 1;
   // At least the whole program area after the header; a longer file is accepted.
   if (bytes.size() < 256 + 2 * words || fresh.RomWords.size() < words) return false;
-  for (std::size_t i = 0; i < fresh.ConfigWords.size() && 160 + 2 * i + 1 < 256; ++i) {
-    fresh.ConfigWords[i] = files::WordAt(bytes, 160 + 2 * i);
-  }
-  for (std::size_t i = 0; i < words; ++i) fresh.RomWords[i] = files::WordAt(bytes, 256 + 2 * i);
+  files::CopyWords(bytes, 160, (256 - 160) / 2, fresh.ConfigWords);
+  files::CopyWords(bytes, 256, words, fresh.RomWords);
   chip = std::move(fresh);
   return true;
 }

@@ -1,6 +1,7 @@
 // BIN: the bare program area, two bytes per word, low byte first, word 0 first.
 #include <string>
 
+#include "files/model_rules.h"
 #include "files/read_support.h"
 #include "files/readers.h"
 
@@ -12,19 +13,11 @@ bool ReadBinFile(Host&, const Home&, ChipParams& chip, const std::filesystem::pa
   const std::int64_t fullLength = 2 * (std::int64_t{chip.RomSize} + 1);
   const bool is51A1 = chip.Prod == "51A1";
   const auto length = static_cast<std::int64_t>(bytes.size());
-  // The 51A1 parts keep their top 512 words to themselves, so their files may leave
-  // them out.
+  // The 51A1 parts keep their top 512 words to themselves (see ReadProgramArea), so
+  // their files may leave them out.
   if (length != fullLength && !(is51A1 && length == fullLength - 1024)) return false;
 
-  const std::int64_t last = is51A1 ? std::int64_t{chip.RomSize} - 512 : chip.RomSize;
-  for (std::int64_t i = 0; i <= last; ++i) {
-    const auto index = static_cast<std::size_t>(i);
-    if (index >= chip.RomWords.size() || 2 * index + 1 >= bytes.size()) break;
-    chip.RomWords[index] = files::WordAt(bytes, 2 * index);
-  }
-  if (is51A1) {
-    for (std::size_t i = 1536; i <= 2047 && i < chip.RomWords.size(); ++i) chip.RomWords[i] = 0;
-  }
+  ReadProgramArea(bytes, 0, chip);
   // Deliberately the opposite of the HEX reader's rule for the same devices.
   if ((chip.Prod == "101E" || chip.Prod == "101F") && chip.ConfigWords.size() > 1) {
     chip.ConfigWords[1] |= 0x0010;

@@ -26,7 +26,7 @@ bool ReadFtcFile(Host& host, const Home& home, ChipParams& chip,
   if (!fresh.Loaded() || fresh.RomSize < 0) return false;
   const std::size_t words = static_cast<std::size_t>(fresh.RomSize) + 1;
   if (bytes.size() < 11 + 2 * words || fresh.RomWords.size() < words) return false;
-  for (std::size_t i = 0; i < words; ++i) fresh.RomWords[i] = files::WordAt(bytes, 11 + 2 * i);
+  files::CopyWords(bytes, 11, words, fresh.RomWords);
   chip = std::move(fresh);
   return true;
 }

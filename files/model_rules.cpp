@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <string_view>
 
+#include "files/read_support.h"
+
 namespace lk {
 namespace {
 
@@ -119,6 +121,16 @@ void RotateWordsRight(std::vector<std::int32_t>& words) {
 
 void RotateWordsLeft(std::vector<std::int32_t>& words) {
   if (words.size() > 1) std::rotate(words.begin(), words.begin() + 1, words.end());
+}
+
+void ReadProgramArea(const std::string& bytes, std::size_t offset, ChipParams& chip) {
+  const bool is51A1 = chip.Prod == "51A1";
+  const std::int64_t fileWords = std::int64_t{chip.RomSize} + 1 - (is51A1 ? 512 : 0);
+  files::CopyWords(bytes, offset, static_cast<std::size_t>(std::max<std::int64_t>(fileWords, 0)),
+                   chip.RomWords);
+  if (is51A1) {
+    for (std::size_t i = 1536; i <= 2047 && i < chip.RomWords.size(); ++i) chip.RomWords[i] = 0;
+  }
 }
 
 bool ClearsBit8(const std::string& model) {

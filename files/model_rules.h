@@ -33,6 +33,11 @@ void RotateWordsRight(std::vector<std::int32_t>& words);
 // Word 0 to the last index, every other word one place down.
 void RotateWordsLeft(std::vector<std::int32_t>& words);
 
+// The program words of a BIN or project file, from offset on, low byte first. 51A1
+// parts keep their top 512 words to themselves: those are never taken from the file
+// and always cleared, whatever the file size.
+void ReadProgramArea(const std::string& bytes, std::size_t offset, ChipParams& chip);
+
 // Bit 8 is always clear on these chips (start-up and New clear it).
 bool ClearsBit8(const std::string& model);
 

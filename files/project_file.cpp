@@ -59,28 +59,12 @@ bool ReadProjectFile(Host& host, const Home& home, ChipParams& chip,
   std::int64_t expectedLast = romBytes + 255;
   if (hasEedata) expectedLast += std::int64_t{fresh.EeSize} + 1;
   const auto fileLast = static_cast<std::int64_t>(bytes.size()) - 1;
-  const bool is51A1 = fresh.Prod == "51A1";
-  if (is51A1 && fileLast != expectedLast) expectedLast -= 1024;
+  if (fresh.Prod == "51A1" && fileLast != expectedLast) expectedLast -= 1024;
   if (fileLast != expectedLast) return false;
 
-  for (std::size_t i = 0; i < fresh.ConfigWords.size(); ++i) {
-    const std::size_t offset = kConfigOffset + 2 * i;
-    if (offset + 1 >= kHeaderBytes) break;
-    fresh.ConfigWords[i] = files::WordAt(bytes, offset);
-  }
+  files::CopyWords(bytes, kConfigOffset, (kHeaderBytes - kConfigOffset) / 2, fresh.ConfigWords);
 
-  // 51A1 parts keep their top 512 words to themselves: they are never taken from a
-  // file and always cleared, whatever the file size.
-  const std::int64_t lastWord = is51A1 ? std::int64_t{fresh.RomSize} - 512 : fresh.RomSize;
-  for (std::int64_t i = 0; i <= lastWord; ++i) {
-    const auto index = static_cast<std::size_t>(i);
-    const std::size_t offset = kHeaderBytes + 2 * index;
-    if (index >= fresh.RomWords.size() || offset + 1 >= bytes.size()) break;
-    fresh.RomWords[index] = files::WordAt(bytes, offset);
-  }
-  if (is51A1) {
-    for (std::size_t i = 1536; i <= 2047 && i < fresh.RomWords.size(); ++i) fresh.RomWords[i] = 0;
-  }
+  ReadProgramArea(bytes, kHeaderBytes, fresh);
 
   if (hasEedata) {
     const auto tail = static_cast<std::size_t>(romBytes) + kHeaderBytes;

@@ -61,6 +61,14 @@ std::uint32_t HalveRoundHalfEven(std::uint32_t value) {
   return (half & 1u) ? half + 1 : half;
 }
 
+void CopyWords(const std::string& bytes, std::size_t offset, std::size_t count,
+               std::vector<std::int32_t>& words) {
+  for (std::size_t i = 0; i < count && i < words.size(); ++i) {
+    if (offset + 2 * i + 1 >= bytes.size()) break;
+    words[i] = WordAt(bytes, offset + 2 * i);
+  }
+}
+
 std::vector<std::string_view> SplitLines(std::string_view text) {
   std::vector<std::string_view> lines;
   std::size_t start = 0;

@@ -42,9 +42,10 @@ inline std::int32_t WordAt(const std::string& bytes, std::size_t offset) {
          (static_cast<std::uint8_t>(bytes[offset + 1]) << 8);
 }
 
-}  // namespace lk::files
-
-namespace lk::files {
+// words[i] = the little-endian word at offset + 2i, for i below count; stops early at
+// the end of words or of bytes, so a short file fills what it has.
+void CopyWords(const std::string& bytes, std::size_t offset, std::size_t count,
+               std::vector<std::int32_t>& words);
 
 enum class DataRecordResult { Stored, BeyondProgram, Malformed };
 

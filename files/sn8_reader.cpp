@@ -17,7 +17,7 @@ bool ReadSn8File(Host& host, const Home& home, ChipParams& chip,
   if (!fresh.Loaded() || fresh.RomSize < 0) return false;
   const std::size_t words = static_cast<std::size_t>(fresh.RomSize) + 1;
   if (bytes.size() != 256 + 2 * words || fresh.RomWords.size() < words) return false;
-  for (std::size_t i = 0; i < words; ++i) fresh.RomWords[i] = files::WordAt(bytes, 256 + 2 * i);
+  files::CopyWords(bytes, 256, words, fresh.RomWords);
   // The top four words belong to the chip; the tools that make SN8 files fill them
   // with their own data.
   for (std::size_t i = 1020; i <= 1023 && i < fresh.RomWords.size(); ++i) {
