@@ -19,9 +19,7 @@ std::string Hex2(std::int32_t value) {
 bool CheckAnswer(const Report& answer) {
   const int n = answer[1];
   if (n > proto::kPacketLength || n < 3) return false;
-  unsigned sum = 0;
-  for (int i = 1; i <= n - 1; ++i) sum += answer[i];
-  return (sum & 0xFF) == answer[n];
+  return proto::Checksum(&answer[1], n - 1) == answer[n];
 }
 
 Writer::Writer(Host& host, std::unique_ptr<WriterBus> bus) : host_(host), bus_(std::move(bus)) {}
