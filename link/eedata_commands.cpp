@@ -87,11 +87,7 @@ void Writer::VerifyEedata(const Project& project, VerifyResult& result, std::uin
 // EEDATA at all. False when the operation has already ended (and said why).
 bool Writer::OpenForEedata(Project& project) {
   ChipParams& chip = project.Chip;
-  if (!FindWriter()) {
-    host_.Log("The Writer for " + chip.Name + " not Found!");
-    return false;
-  }
-  if (!OpenWriterHandles()) {
+  if (!FindWriter() || !OpenWriterHandles()) {
     host_.Log("The Writer for " + chip.Name + " not Found!");
     return false;
   }
