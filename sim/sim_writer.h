@@ -7,7 +7,6 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -139,9 +138,10 @@ class SimWriter {
   // First generation: the address the next read or program packet works on.
   int counter_ = 0;
   int lastCode_ = -1;
+  // 0xF1 answers still busy in this blank check; -1 = none running.
   int busyLeft_ = -1;
-  bool answerRaw_ = false;  // the answer being built is raw data (no length, no checksum)  // 0xF1
-                            // answers still busy in this blank check; -1 = none running
+  // The answer being built is raw data (no length, no checksum).
+  bool answerRaw_ = false;
 };
 
 }  // namespace lk::sim
