@@ -8,8 +8,6 @@
 namespace lk {
 namespace {
 
-constexpr const char* kSection = "Rolling Code";
-
 bool IsFourBytes(const std::vector<std::int32_t>& bytes) {
   return bytes.size() == static_cast<std::size_t>(kRollCodeLength);
 }
@@ -167,7 +165,7 @@ bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& sett
   }
   if (settings.Mode2262) Adjust2262(code);
   const std::string text = RollCodeText(code);
-  if (!WriteValue(host, settingsFile, kSection, "Count", text)) return false;
+  if (!WriteValue(host, settingsFile, kRollSection, "Count", text)) return false;
   host.Log("Next Rolling Code:" + text);
   return true;
 }

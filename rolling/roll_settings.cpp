@@ -11,7 +11,6 @@
 namespace lk {
 namespace {
 
-constexpr const char* kSection = "Rolling Code";
 constexpr const char* kErrorCaption = "Error";
 
 // Splits at every single space the way the settings were always split: "" has no
@@ -95,7 +94,7 @@ RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsF
     ShowFileMessage(host, 1, settingsFile);
     return s;
   }
-  auto value = [&](const char* key) { return GetValue(host, settingsFile, kSection, key); };
+  auto value = [&](const char* key) { return GetValue(host, settingsFile, kRollSection, key); };
 
   s.WordLength = std::clamp(ValInt32(value("World_Lenth")), 0, kMaxRollWordLength);
   const auto length = static_cast<std::size_t>(s.WordLength);
@@ -124,7 +123,7 @@ RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsF
 RollDialogInput LoadRollDialog(Host& host, const std::filesystem::path& settingsFile) {
   RollDialogInput in;
   if (!FileExists(settingsFile)) return in;
-  auto value = [&](const char* key) { return GetValue(host, settingsFile, kSection, key); };
+  auto value = [&](const char* key) { return GetValue(host, settingsFile, kRollSection, key); };
 
   in.Length = value("World_Lenth");
   if (!value("Version").empty()) {
@@ -141,7 +140,7 @@ RollDialogInput LoadRollDialog(Host& host, const std::filesystem::path& settings
     in.Count = RollCodeText(s.Counts);
     in.Step = RollCodeText(s.Steps);
   }
-  WriteValue(host, settingsFile, kSection, "Mode", "False");
+  WriteValue(host, settingsFile, kRollSection, "Mode", "False");
   in.Mode2262 = value("2262mode") == "1";
   // Looser than ReadRollSettings on purpose: only an explicit "False" disables.
   in.Enable = value("Value") != "False";
@@ -174,7 +173,7 @@ RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
     // enabling again later continues the same sequence. A project without a settings
     // file is already disabled; no file is created for it.
     if (!settingsFile.empty() && FileExists(settingsFile) &&
-        !WriteValue(host, settingsFile, kSection, "Value", "False")) {
+        !WriteValue(host, settingsFile, kRollSection, "Value", "False")) {
       return RollOkResult::Refused;
     }
     host.Log("Disable Rolling Code!");
@@ -222,7 +221,7 @@ RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
     if (!EnsureSettingsFile(host, settingsFile)) return RollOkResult::Refused;
     const std::string version = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor);
     // One atomic rewrite: the file never holds half of a new setting.
-    if (!WriteValues(host, settingsFile, kSection,
+    if (!WriteValues(host, settingsFile, kRollSection,
                      {{"Address", input.Address},
                       {"World_Lenth", input.Length},
                       {"Mode", "False"},

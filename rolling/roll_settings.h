@@ -11,6 +11,9 @@
 
 namespace lk {
 
+// The section of the settings file that holds every key.
+inline constexpr const char* kRollSection = "Rolling Code";
+
 // Longest "World_Lenth" honoured when reading. Real codes are four bytes; the cap
 // keeps a hand-edited or damaged file ("World_Lenth=99999999") from allocating
 // without bound. Negative lengths read as 0.
