@@ -21,7 +21,6 @@
 #include <vector>
 
 #include "core/chip_database.h"
-#include "core/image.h"
 #include "core/quiet_host.h"
 #include "files/image_writers.h"
 #include "files/open_path.h"

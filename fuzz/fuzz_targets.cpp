@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -12,9 +11,9 @@
 
 #include "core/chip_database.h"
 #include "core/config_defs.h"
-#include "core/home.h"
 #include "core/profile.h"
 #include "core/project.h"
+#include "core/quiet_host.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
 #include "files/readers.h"
@@ -95,7 +94,7 @@ class Environment {
     WriteText(home_->QvmcIni(), ChipDatabaseText());
     WriteText(home_->CfgIni(), "[QVM50P99]\r\nW0==3FFF\r\nW0&=3FF7\r\n[5099]\r\nW1&=3FFE\r\n");
     WriteText(home_->DataDat(), "[Data]\r\nMCUTYPE=FUZZ8\r\n[RecentFile]\r\nFile0=\r\n");
-    NullHost host;
+    QuietHost host;
     for (const auto& m : kModels) {
       chips_[m.name] = LoadChipParams(host, *home_, m.name);
       if (!chips_[m.name].Loaded()) {
@@ -142,7 +141,7 @@ bool RunReader(const char* ending, const std::uint8_t* data, std::size_t size) {
   Environment& env = Env();
   const fs::path path = env.Work(std::string("input.") + ending);
   WriteText(path, Bytes(data + 1, size - 1));
-  NullHost host;
+  QuietHost host;
   ChipParams chip = env.Chip(ModelFor(data[0]));
   return read(host, env.home(), chip, path);
 }
@@ -177,7 +176,7 @@ bool OpenPathTarget(const std::uint8_t* data, std::size_t size) {
   const auto& endings = FuzzOpenEndings();
   const fs::path path = env.Work("input." + endings[data[1] % endings.size()]);
   WriteText(path, Bytes(data + 2, size - 2));
-  NullHost host;
+  QuietHost host;
   Project project;
   project.Chip = env.Chip(ModelFor(data[0]));
   const OpenResult result = OpenPath(host, env.home(), project, path.string());
@@ -191,7 +190,7 @@ bool Profile(const std::uint8_t* data, std::size_t size) {
   Environment& env = Env();
   const fs::path path = env.Work("profile.ini");
   WriteText(path, Bytes(data, size));
-  NullHost host;
+  QuietHost host;
   const ProfileList sections = GetSections(host, path);
   std::string lastKey = "KEY";
   for (std::size_t i = 1; i < sections.size() && i <= 4; ++i) {
@@ -218,7 +217,7 @@ bool ConfigDefs(const std::uint8_t* data, std::size_t size) {
   for (std::size_t i = 0; i < 4; ++i) words[i] = data[2 * i] | (data[2 * i + 1] << 8);
   const fs::path path = env.home().ConfigDefinitions("FUZZ8");
   WriteText(path, Bytes(data + 8, size - 8));
-  NullHost host;
+  QuietHost host;
   const auto rows = DecodeConfigOptions(host, path, words);
   std::size_t applied = 0;
   for (const auto& row : rows) {
@@ -244,7 +243,7 @@ bool RollSettingsTarget(const std::uint8_t* data, std::size_t size) {
   Environment& env = Env();
   const fs::path path = env.Work("board.ini");
   WriteText(path, Bytes(data, size));
-  NullHost host;
+  QuietHost host;
   const RollSettings settings = ReadRollSettings(host, path);
   std::vector<std::int32_t> words(0x800, 0x3FFF);
   PlaceRollCode(host, settings, words);

@@ -16,8 +16,6 @@
 
 #include "core/chip_params.h"
 #include "core/home.h"
-#include "core/host.h"
-#include "core/quiet_host.h"
 
 namespace lk::fuzz {
 
@@ -41,8 +39,5 @@ const ChipParams& FuzzChip(const std::string& model);
 
 // File endings the open_path target chooses from with its second byte.
 const std::vector<std::string>& FuzzOpenEndings();
-
-// The Host of every target: shows nothing, answers every question with OK.
-using NullHost = QuietHost;
 
 }  // namespace lk::fuzz
