@@ -80,8 +80,7 @@ std::string MakeQvmText(std::uint32_t modelNumber, const ChipParams& chip) {
       out += MakeHexRecord(0x10, static_cast<std::uint16_t>(first), data);
     }
   }
-  std::string program = MakeIntelHex(chip.RomWords);
-  out += program;
+  out += MakeIntelHex(chip.RomWords);
   return out;
 }
 
