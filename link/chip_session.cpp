@@ -9,8 +9,8 @@ namespace lk {
 namespace {
 
 void Put16(std::array<std::uint8_t, 65>& buffer, int index, std::int32_t value) {
-  buffer[index] = static_cast<std::uint8_t>(value & 0xFF);
-  buffer[index + 1] = static_cast<std::uint8_t>((value >> 8) & 0xFF);
+  buffer[index] = proto::Lo(value);
+  buffer[index + 1] = proto::Hi(value);
 }
 
 }  // namespace
@@ -42,13 +42,13 @@ bool Writer::CheckChipType(const ChipParams& chip, std::uint8_t code) {
   Put16(b, 28, chip.EraseConfig);
   Put16(b, 30, chip.ProgTime);
   b[32] = chip.VppMode;
-  b[33] = static_cast<std::uint8_t>(chip.SpcAdd & 0xFF);
+  b[33] = proto::Lo(chip.SpcAdd);
   Put16(b, 34, chip.SpcDat);
   for (int i = 0; i < 12; ++i) {
     b[36 + i] = i < static_cast<int>(chip.Name.size()) ? static_cast<std::uint8_t>(chip.Name[i]) : 0;
   }
   Put16(b, 48, chip.BlankRom + 1);
-  b[50] = static_cast<std::uint8_t>(chip.BlankConfig & 0xFF);
+  b[50] = proto::Lo(chip.BlankConfig);
   for (int i = 51; i <= 62; ++i) b[i] = 0;
   b[63] = proto::Checksum(b.data(), 63);
 

@@ -7,12 +7,9 @@
 #include "rolling/roll_settings.h"
 
 namespace lk {
-namespace {
 
-std::uint8_t Lo(unsigned v) { return static_cast<std::uint8_t>(v & 0xFF); }
-std::uint8_t Hi(unsigned v) { return static_cast<std::uint8_t>((v >> 8) & 0xFF); }
-
-}  // namespace
+using proto::Hi;
+using proto::Lo;
 
 RollRecord Writer::MakeRollRecord(const Project& project) {
   RollRecord record;

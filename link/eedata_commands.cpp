@@ -37,8 +37,7 @@ bool Writer::ProgramEedata(const Project& project, std::uint8_t code) {
   for (int address = 0; address < total; address += proto::kEeBytesPerProgramPacket) {
     const int k = std::min(proto::kEeBytesPerProgramPacket, total - address);
     std::vector<std::uint8_t> packet = {static_cast<std::uint8_t>(6 + k), code,
-                                        static_cast<std::uint8_t>(address & 0xFF),
-                                        static_cast<std::uint8_t>((address >> 8) & 0xFF),
+                                        proto::Lo(address), proto::Hi(address),
                                         static_cast<std::uint8_t>(k)};
     packet.insert(packet.end(), bytes.begin() + address, bytes.begin() + address + k);
     if (!ExchangeOk(Framed(std::move(packet)))) return false;
@@ -53,8 +52,7 @@ std::optional<std::vector<std::uint8_t>> Writer::ReadEedata(const ChipParams& ch
   std::vector<std::uint8_t> bytes;
   bytes.reserve(total);
   for (int address = 0; address < total; address += proto::kEeBytesPerReadPacket) {
-    if (!SendPacket(Framed({5, code, static_cast<std::uint8_t>(address & 0xFF),
-                            static_cast<std::uint8_t>((address >> 8) & 0xFF)}))) {
+    if (!SendPacket(Framed({5, code, proto::Lo(address), proto::Hi(address)}))) {
       return std::nullopt;
     }
     Report answer;

@@ -133,14 +133,13 @@ bool Writer::SendWords(const std::vector<std::int32_t>& words, int count, std::u
       // No address: the writer counts the words itself, so packets go strictly in order.
       packet = {static_cast<std::uint8_t>(3 + 2 * n), code};
     } else {
-      packet = {static_cast<std::uint8_t>(6 + 2 * n), code,
-                static_cast<std::uint8_t>(address & 0xFF),
-                static_cast<std::uint8_t>((address >> 8) & 0xFF), static_cast<std::uint8_t>(2 * n)};
+      packet = {static_cast<std::uint8_t>(6 + 2 * n), code, proto::Lo(address),
+                proto::Hi(address), static_cast<std::uint8_t>(2 * n)};
     }
     for (int i = 0; i < n; ++i) {
       const std::int32_t word = words[address + i];
-      packet.push_back(static_cast<std::uint8_t>(word & 0xFF));
-      packet.push_back(static_cast<std::uint8_t>((word >> 8) & 0xFF));
+      packet.push_back(proto::Lo(word));
+      packet.push_back(proto::Hi(word));
     }
     if (!ExchangeOk(Framed(std::move(packet)))) return false;
     if (progress) host_.Progress(std::min(address + n, count - 1), count - 1);

@@ -145,6 +145,10 @@ inline std::uint8_t Checksum(const std::uint8_t* bytes, int count) {
   return static_cast<std::uint8_t>(sum & 0xFF);
 }
 
+// The low and high byte of a 16-bit little-endian number on the wire.
+inline std::uint8_t Lo(unsigned value) { return static_cast<std::uint8_t>(value & 0xFF); }
+inline std::uint8_t Hi(unsigned value) { return static_cast<std::uint8_t>((value >> 8) & 0xFF); }
+
 // First generation: version low byte below 3.
 inline bool IsFirstGeneration(std::uint32_t version) { return (version & 0xFF) < 3; }
 

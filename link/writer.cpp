@@ -167,8 +167,7 @@ std::optional<std::vector<std::uint16_t>> Writer::ReadWords(int lastIndex, std::
       // The writer counts the addresses itself and always answers 32 words.
       sent = SendShort(code);
     } else {
-      sent = SendPacket(Framed({6, code, static_cast<std::uint8_t>(address & 0xFF),
-                                static_cast<std::uint8_t>((address >> 8) & 0xFF),
+      sent = SendPacket(Framed({6, code, proto::Lo(address), proto::Hi(address),
                                 static_cast<std::uint8_t>(2 * count)}));
     }
     if (!sent) return std::nullopt;

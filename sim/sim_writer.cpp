@@ -10,6 +10,8 @@ namespace lk::sim {
 namespace {
 
 namespace proto = lk::proto;
+using proto::Hi;
+using proto::Lo;
 
 // Store sizes: addresses on the wire are 16 bits; the configuration store is small.
 constexpr size_t kStoreProgramWords = 0x10000;
@@ -39,12 +41,6 @@ Report Ok() {
 
 std::uint16_t Word(const std::uint8_t* p) {
   return static_cast<std::uint16_t>(p[0] | (p[1] << 8));
-}
-std::uint8_t Lo(unsigned v) {
-  return static_cast<std::uint8_t>(v & 0xFF);
-}
-std::uint8_t Hi(unsigned v) {
-  return static_cast<std::uint8_t>((v >> 8) & 0xFF);
 }
 
 bool AnswersNothing(std::uint8_t code) {
