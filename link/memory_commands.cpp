@@ -27,6 +27,18 @@ bool IsOneOf(const std::string& value, std::initializer_list<const char*> list) 
   return false;
 }
 
+// The product codes whose first two configuration words carry fixed bits and whose
+// configuration has 13 bits.
+bool HasForcedConfig(const ChipParams& chip) {
+  return IsOneOf(chip.Prod, {"30D1", "30D2", "30D3", "30D4"});
+}
+
+// How many configuration words are programmed and verified: those below ConfigLength
+// (the writer handles the last one itself), as far as the words go.
+int ConfigWordCount(const ChipParams& chip, const std::vector<std::int32_t>& words) {
+  return std::max(std::min<int>(chip.ConfigLength, static_cast<int>(words.size())), 0);
+}
+
 // The words of a chip's image, always RomSize + 1 of them (blank where the image is short).
 std::vector<std::int32_t> RomImage(const ChipParams& chip) {
   std::vector<std::int32_t> words = chip.RomWords;
@@ -46,8 +58,8 @@ std::vector<std::int32_t> RollAddresses(const RollSettings& settings) {
 
 std::vector<std::int32_t> ForcedConfigWords(const ChipParams& chip) {
   std::vector<std::int32_t> w = chip.ConfigWords;
+  if (!HasForcedConfig(chip)) return w;
   const std::string& prod = chip.Prod;
-  if (!IsOneOf(prod, {"30D1", "30D2", "30D3", "30D4"})) return w;
   // These chips keep fixed bits in their first two words that the options never show.
   if (w.size() < 2) w.resize(2, chip.HexMcu);
   if (prod == "30D1") {
@@ -164,10 +176,8 @@ bool Writer::ReadRom(Project& project) {
 }
 
 bool Writer::ProgramConfig(const Project& project, std::uint8_t code) {
-  // The words below ConfigLength are sent; the writer handles the last one itself.
   const std::vector<std::int32_t> words = ForcedConfigWords(project.Chip);
-  const int count = std::min<int>(project.Chip.ConfigLength, static_cast<int>(words.size()));
-  return SendWords(words, std::max(count, 0), code, false);
+  return SendWords(words, ConfigWordCount(project.Chip, words), code, false);
 }
 
 void Writer::VerifyRom(const Project& project, VerifyResult& result, std::uint8_t code) {
@@ -206,13 +216,13 @@ void Writer::VerifyConfig(const Project& project, VerifyResult& result, std::uin
   result = VerifyResult{};
   const ChipParams& chip = project.Chip;
   const std::vector<std::int32_t> expected = ForcedConfigWords(chip);
-  const int count = std::max(std::min<int>(chip.ConfigLength, static_cast<int>(expected.size())), 0);
+  const int count = ConfigWordCount(chip, expected);
   const auto read = ReadWords(count - 1, code);
   if (!read) {
     result.Status = 1;
     return;
   }
-  const bool forced = IsOneOf(chip.Prod, {"30D1", "30D2", "30D3", "30D4"});
+  const bool forced = HasForcedConfig(chip);
   for (int i = 0; i < count; ++i) {
     std::int32_t want = expected[i] & 0xFFFF;
     std::int32_t got = (*read)[i];
