@@ -11,6 +11,7 @@
 
 #include "core/chip_database.h"
 #include "core/quiet_host.h"
+#include "link/protocol.h"
 #include "link/writer.h"
 #include "sim/sim_bus.h"
 #include "sim/sim_writer.h"
@@ -73,24 +74,25 @@ int main(int argc, char** argv) {
   lk::Writer writer(host, std::make_unique<CountingBus>(
                               lk::sim::MakeSimBus(host, programHome, config), reports));
   if (!writer.FindWriter() || !writer.OpenWriterHandles() || !writer.GetWriterVersion() ||
-      !writer.CheckChipType(project.Chip, 0xF6) || !writer.PrepareChip(project.Chip)) {
+      !writer.CheckChipType(project.Chip, lk::proto::kChipType) || !writer.PrepareChip(project.Chip)) {
     std::fprintf(stderr, "link_bench: chip session could not start\n");
     return 1;
   }
 
+  const long words = project.Chip.RomSize + 1;
   double best = 0;
   for (int round = 0; round < 3; ++round) {
     reports = 0;
     const auto start = std::chrono::steady_clock::now();
-    const bool programmed = writer.ProgramRom(project, 0xF3);
+    const bool programmed = writer.ProgramRom(project, lk::proto::kProgramRom);
     lk::VerifyResult result;
-    writer.VerifyRom(project, result, 0xF2);
+    writer.VerifyRom(project, result, lk::proto::kReadRom);
     const auto took = std::chrono::steady_clock::now() - start;
     if (!programmed || !result.Pass) {
       std::fprintf(stderr, "link_bench: program/verify failed\n");
       return 1;
     }
-    const auto bound = lk::sim::TimingBound(reports, project.Chip.RomSize + 1);
+    const auto bound = lk::sim::TimingBound(reports, words);
     const double ratio = std::chrono::duration<double>(bound).count() /
                          std::chrono::duration<double>(took).count();
     std::printf("program+verify 4096 words: %ld reports, bound %.1f ms, measured %.1f ms, "
@@ -103,14 +105,14 @@ int main(int argc, char** argv) {
 
   // The same number of sleeps with nothing else: what the machine's timer costs alone.
   // When this baseline is already far from the bound the shortfall is the scheduler's.
-  const auto each = lk::sim::TimingBound(reports, project.Chip.RomSize + 1) / reports;
+  const auto bound = lk::sim::TimingBound(reports, words);
+  const auto each = bound / reports;
   const auto start = std::chrono::steady_clock::now();
   for (long i = 0; i < reports; ++i) std::this_thread::sleep_for(each);
   const auto alone = std::chrono::steady_clock::now() - start;
   std::printf("sleep baseline: %ld sleeps take %.1f ms alone (bound / baseline %.3f)\n", reports,
               std::chrono::duration<double, std::milli>(alone).count(),
-              std::chrono::duration<double>(lk::sim::TimingBound(reports, project.Chip.RomSize + 1))
-                      .count() /
+              std::chrono::duration<double>(bound).count() /
                   std::chrono::duration<double>(alone).count());
   writer.FinishOperation(true);
   return 0;
