@@ -62,6 +62,11 @@ std::uint16_t WordAt(const std::vector<std::uint16_t>& words, size_t index) {
   return index < words.size() ? words[index] : 0xFFFF;
 }
 
+long CountAnswers(const std::vector<LoggedPacket>& log) {
+  return static_cast<long>(
+      std::count_if(log.begin(), log.end(), [](const LoggedPacket& e) { return e.answer; }));
+}
+
 }  // namespace
 
 SimWriter::SimWriter(Host& host, const SimConfig& config, SimFault fault, SimState state)
@@ -462,14 +467,13 @@ long SimWriter::WordsProgrammed() const {
 
 long SimWriter::AnswerCount() const {
   std::lock_guard lock(mutex_);
-  return static_cast<long>(
-      std::count_if(log_.begin(), log_.end(), [](const LoggedPacket& e) { return e.answer; }));
+  return CountAnswers(log_);
 }
 
 std::chrono::microseconds SimWriter::TimeCharged() const {
-  long answers = AnswerCount();
+  // One lock for all three counts, so that a packet in between cannot split them.
   std::lock_guard lock(mutex_);
-  return TimingBound(packets_ + answers, wordsProgrammed_);
+  return TimingBound(packets_ + CountAnswers(log_), wordsProgrammed_);
 }
 
 void SimWriter::InsertChip(std::optional<SimChip> chip) {
