@@ -1,5 +1,7 @@
 #include "sim/sim_chip.h"
 
+#include <algorithm>
+
 namespace lk::sim {
 
 SimChip SimChip::FromParams(const ChipParams& params) {
@@ -9,12 +11,8 @@ SimChip SimChip::FromParams(const ChipParams& params) {
   chip.prod = params.Prod;
   chip.otp = params.IsOtp();
   chip.blank = static_cast<std::uint16_t>(params.HexMcu & 0xFFFF);
-  chip.configLength = params.ConfigLength;
-  if (chip.configLength < 0) chip.configLength = 0;
-  if (chip.configLength >= kConfigAreaWords) chip.configLength = kConfigAreaWords - 1;
-  int words = params.RomSize >= 0 ? params.RomSize + 1 : 0;
-  chip.program.assign(static_cast<size_t>(words), chip.blank);
-  chip.config.fill(0);
+  chip.configLength = std::clamp<int>(params.ConfigLength, 0, kConfigAreaWords - 1);
+  chip.program.assign(static_cast<size_t>(std::max(params.RomSize + 1, 0)), chip.blank);
   for (int i = 0; i <= chip.configLength; ++i) chip.config[i] = chip.blank;
   chip.config[8] = kInfoWord8;
   chip.config[9] = kInfoWord9;
