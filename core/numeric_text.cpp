@@ -1,5 +1,6 @@
 #include "core/numeric_text.h"
 
+#include <charconv>
 #include <cmath>
 #include <string>
 
@@ -91,6 +92,19 @@ std::optional<std::int64_t> FitInteger(double value, std::int64_t min, std::int6
     return std::nullopt;
   }
   return static_cast<std::int64_t>(rounded);
+}
+
+std::string FloatText(float value) {
+  char buffer[32];
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+  return ec == std::errc() ? std::string(buffer, end) : "0";
+}
+
+std::string Hex4(std::int32_t word) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const auto w = static_cast<std::uint32_t>(word);
+  return {kDigits[(w >> 12) & 0xF], kDigits[(w >> 8) & 0xF], kDigits[(w >> 4) & 0xF],
+          kDigits[w & 0xF]};
 }
 
 }  // namespace lk

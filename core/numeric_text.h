@@ -2,10 +2,12 @@
 // prefix text reads them: blanks are ignored, parsing stops at the first character that
 // does not fit, and no digits at all give 0. Where the host would raise an overflow
 // error we return nullopt, so that callers can refuse the value instead.
+// Also the two ways numbers are written back as text.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace lk {
@@ -28,5 +30,11 @@ std::optional<double> ParseDecimal(std::string_view text);
 // Assigns a parsed number to an integer field: rounds half to even, then checks the
 // field's range; nullopt when it does not fit.
 std::optional<std::int64_t> FitInteger(double value, std::int64_t min, std::int64_t max);
+
+// A single-precision number as text: the shortest form that reads back the same.
+std::string FloatText(float value);
+
+// The low 16 bits of a word as four upper-case hexadecimal digits ("3FFF").
+std::string Hex4(std::int32_t word);
 
 }  // namespace lk

@@ -1,7 +1,5 @@
 #include "core/session.h"
 
-#include <charconv>
-
 #include "core/chip_database.h"
 #include "core/numeric_text.h"
 #include "core/profile.h"
@@ -13,14 +11,6 @@ float ReadNumber(Host& host, const Home& home, const std::string& window, const 
   const auto v = ParseDecimal(GetValue(host, home.FrmDat(), window, key));
   if (!v || *v > 3.4e38 || *v < -3.4e38) return 0;
   return static_cast<float>(*v);
-}
-
-// A single-precision number as text: the shortest form that reads back the same.
-std::string NumberText(float value) {
-  char buffer[32];
-  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
-  if (ec != std::errc()) return "0";
-  return std::string(buffer, end);
 }
 
 }  // namespace
@@ -36,10 +26,10 @@ WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& win
 
 bool WriteGeometry(Host& host, const Home& home, const std::string& window,
                    const WindowGeometry& geometry) {
-  bool ok = WriteValue(host, home.FrmDat(), window, "Left", NumberText(geometry.Left));
-  ok = WriteValue(host, home.FrmDat(), window, "Top", NumberText(geometry.Top)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Width", NumberText(geometry.Width)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Height", NumberText(geometry.Height)) && ok;
+  bool ok = WriteValue(host, home.FrmDat(), window, "Left", FloatText(geometry.Left));
+  ok = WriteValue(host, home.FrmDat(), window, "Top", FloatText(geometry.Top)) && ok;
+  ok = WriteValue(host, home.FrmDat(), window, "Width", FloatText(geometry.Width)) && ok;
+  ok = WriteValue(host, home.FrmDat(), window, "Height", FloatText(geometry.Height)) && ok;
   return ok;
 }
 
@@ -50,8 +40,8 @@ ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
 
 bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths) {
   const bool first =
-      WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1", NumberText(widths.First));
-  return WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader2", NumberText(widths.Second)) &&
+      WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1", FloatText(widths.First));
+  return WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader2", FloatText(widths.Second)) &&
          first;
 }
 

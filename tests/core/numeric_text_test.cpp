@@ -61,5 +61,14 @@ TEST(NumericTextTest, FitIntegerRoundsHalfToEvenAndChecksRange) {
   EXPECT_EQ(FitInteger(40000, -32768, 32767), std::nullopt);
 }
 
+TEST(NumericTextTest, WrittenForms) {
+  EXPECT_EQ(Hex4(0x0A), "000A");
+  EXPECT_EQ(Hex4(0x13FFF), "3FFF");  // only the low 16 bits
+  EXPECT_EQ(Hex4(-1), "FFFF");
+  EXPECT_EQ(FloatText(0.1f), "0.1");  // shortest, not 0.100000001
+  EXPECT_EQ(FloatText(1234.5f), "1234.5");
+  EXPECT_EQ(FloatText(2600), "2600");
+}
+
 }  // namespace
 }  // namespace lk
