@@ -4,9 +4,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string>
+
 #include "cli/context.h"
 
 namespace lk::cli {
+
+// The configuration words as printed by chip and show: four hex digits each, separated
+// by spaces ("3FFF 0010").
+std::string ConfigWordsText(const ChipParams& chip);
 
 // chips, chip [MODEL], options [FILE]
 void AddCoreCommands(CLI::App& app, CliContext*& context, int& exitCode);

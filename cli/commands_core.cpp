@@ -1,18 +1,16 @@
 // chips, chip [MODEL], options [FILE]: the chip database and the configuration display
 // from a shell.
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/commands.h"
 #include "core/chip_database.h"
 #include "core/config_defs.h"
+#include "core/numeric_text.h"
 #include "files/open_path.h"
 
 namespace lk::cli {
@@ -48,19 +46,6 @@ std::string JsonString(const std::string& text) {
     }
   }
   return out + "\"";
-}
-
-// The shortest text that reads back as the same float.
-std::string FloatText(float value) {
-  char buf[32];
-  const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, value);
-  return ec == std::errc() ? std::string(buf, end) : "0";
-}
-
-std::string Hex4(std::int32_t word) {
-  char buf[8];
-  std::snprintf(buf, sizeof buf, "%04X", static_cast<unsigned>(word) & 0xFFFFu);
-  return buf;
 }
 
 // A field of the record: its name, its text and whether JSON shows it as a number.
@@ -114,14 +99,9 @@ std::vector<Field> ChipFields(const ChipParams& c) {
 }
 
 void PrintChip(const ChipParams& chip, bool json) {
-  std::string words;
-  for (std::size_t i = 0; i < chip.ConfigWords.size(); ++i) {
-    if (i > 0) words += " ";
-    words += Hex4(chip.ConfigWords[i]);
-  }
   if (!json) {
     for (const Field& f : ChipFields(chip)) std::cout << f.name << "=" << f.text << "\n";
-    std::cout << "ConfigWords=" << words << std::endl;
+    std::cout << "ConfigWords=" << ConfigWordsText(chip) << std::endl;
     return;
   }
   std::cout << "{";
@@ -204,6 +184,15 @@ int RunOptions(CliContext& ctx, const std::string& file) {
 }
 
 }  // namespace
+
+std::string ConfigWordsText(const ChipParams& chip) {
+  std::string words;
+  for (std::size_t i = 0; i < chip.ConfigWords.size(); ++i) {
+    if (i > 0) words += ' ';
+    words += Hex4(chip.ConfigWords[i]);
+  }
+  return words;
+}
 
 void AddCoreCommands(CLI::App& app, CliContext*& context, int& exitCode) {
   CLI::App* chips = app.add_subcommand("chips", "list the chip models in [MCULIST] order");

@@ -1,5 +1,4 @@
 // show FILE and convert IN OUT.lkx: the open dispatcher and Save from a shell.
-#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -10,17 +9,6 @@
 
 namespace lk::cli {
 namespace {
-
-std::string ConfigLine(const ChipParams& chip) {
-  std::string line = "Config:";
-  for (std::size_t i = 0; i < chip.ConfigWords.size(); ++i) {
-    char word[8];
-    std::snprintf(word, sizeof word, "%04X", static_cast<unsigned>(chip.ConfigWords[i] & 0xFFFF));
-    if (i > 0) line += ' ';
-    line += word;
-  }
-  return line;
-}
 
 // The document text uses CR LF between lines; a shell wants LF.
 std::string WithLineFeeds(const std::string& text) {
@@ -53,7 +41,7 @@ int RunShow(CliContext& ctx, const std::string& file) {
   const ChipParams& chip = ctx.CurrentProject().Chip;
   std::cout << "Model:" << chip.Name << "\n"
             << result.checksumText << "\n"
-            << ConfigLine(chip) << "\n"
+            << "Config:" << ConfigWordsText(chip) << "\n"
             << WithLineFeeds(result.hexText) << "\n";
   std::cout.flush();
   return status;
