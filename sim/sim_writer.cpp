@@ -465,22 +465,10 @@ long SimWriter::WordsProgrammed() const {
   return wordsProgrammed_;
 }
 
-long SimWriter::AnswerCount() const {
-  std::lock_guard lock(mutex_);
-  return CountAnswers(log_);
-}
-
 std::chrono::microseconds SimWriter::TimeCharged() const {
   // One lock for all three counts, so that a packet in between cannot split them.
   std::lock_guard lock(mutex_);
   return TimingBound(packets_ + CountAnswers(log_), wordsProgrammed_);
-}
-
-void SimWriter::InsertChip(std::optional<SimChip> chip) {
-  std::lock_guard lock(mutex_);
-  state_.chip = std::move(chip);
-  busyLeft_ = -1;
-  if (!config_.stateFile.empty()) Save();
 }
 
 }  // namespace lk::sim

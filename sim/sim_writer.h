@@ -102,14 +102,10 @@ class SimWriter {
   SimState State() const;
   long PacketCount() const;
   long WordsProgrammed() const;
-  // Answers the writer queued (checked or raw).
-  long AnswerCount() const;
   // What the timing model charges for everything so far: every packet and every
   // answer one report each, plus the programmed words.
   std::chrono::microseconds TimeCharged() const;
   const SimConfig& Config() const { return config_; }
-  // Puts another chip into the socket (nothing = empty socket).
-  void InsertChip(std::optional<SimChip> chip);
 
  private:
   std::optional<Report> Handle(const std::uint8_t* p, long& words, bool& changed);
