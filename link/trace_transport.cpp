@@ -37,7 +37,7 @@ class TraceBus : public WriterBus {
   std::unique_ptr<Transport> Open() override {
     std::unique_ptr<Transport> transport = inner_->Open();
     if (!transport) return nullptr;
-    return MakeTraceTransport(std::move(transport), out_);
+    return std::make_unique<TraceTransport>(std::move(transport), out_);
   }
   std::string Describe() const override { return inner_->Describe(); }
 
@@ -62,11 +62,6 @@ std::string TraceLine(bool outgoing, const Report& report) {
 
 std::unique_ptr<WriterBus> MakeTraceBus(std::unique_ptr<WriterBus> inner, std::ostream& out) {
   return std::make_unique<TraceBus>(std::move(inner), out);
-}
-
-std::unique_ptr<Transport> MakeTraceTransport(std::unique_ptr<Transport> inner,
-                                              std::ostream& out) {
-  return std::make_unique<TraceTransport>(std::move(inner), out);
 }
 
 }  // namespace lk

@@ -18,7 +18,4 @@ std::string TraceLine(bool outgoing, const Report& report);
 // the bus and its transports.
 std::unique_ptr<WriterBus> MakeTraceBus(std::unique_ptr<WriterBus> inner, std::ostream& out);
 
-// The same for an already opened transport.
-std::unique_ptr<Transport> MakeTraceTransport(std::unique_ptr<Transport> inner, std::ostream& out);
-
 }  // namespace lk
