@@ -1,19 +1,13 @@
 // EEDATA: the data EEPROM of the chip (0xB0/0xB1) or of the writer's store (0xC0/0xC1),
 // and the EEDATA window's write and read operations.
 #include <algorithm>
-#include <cstdio>
 
+#include "core/numeric_text.h"
 #include "link/protocol.h"
 #include "link/writer.h"
 
 namespace lk {
 namespace {
-
-std::string Hex4(unsigned value) {
-  char text[5];
-  std::snprintf(text, sizeof text, "%04X", value & 0xFFFFu);
-  return text;
-}
 
 std::vector<std::uint8_t> EeImage(const ChipParams& chip) {
   std::vector<std::uint8_t> bytes = chip.EeBytes;

@@ -1,8 +1,8 @@
 // Program memory and configuration words: program, read and verify, for the chip in the
 // socket and for the writer's own store (download).
 #include <algorithm>
-#include <cstdio>
 
+#include "core/numeric_text.h"
 #include "link/protocol.h"
 #include "link/writer.h"
 #include "rolling/roll_code.h"
@@ -13,12 +13,6 @@ namespace {
 
 constexpr const char* kTestContentMissing =
     "未检测到芯片应有的测试内容，请确认芯片型号是否正确以及芯片是否经过最新的测试！";
-
-std::string Hex4(std::int32_t value) {
-  char text[5];
-  std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(value) & 0xFFFFu);
-  return text;
-}
 
 bool IsOneOf(const std::string& value, std::initializer_list<const char*> list) {
   for (const char* item : list) {
