@@ -145,17 +145,16 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
   bool open = false;
   bool found = false;
   for (const std::string& raw : SplitProfileLines(text)) {
-    const std::string line = NormaliseProfileLine(raw);
-    if (line.empty() || line.front() == '*') continue;
-    if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
+    const ProfileLine line = ClassifyProfileLine(raw);
+    if (line.kind == ProfileLineKind::Header) {
       if (open) break;  // only the first section of the model counts
-      open = line.substr(1, line.size() - 2) == model;
+      open = line.text == model;
       found = found || open;
       continue;
     }
-    if (!open) continue;
-    const std::string key = ProfileKey(line);
-    const std::string value = ProfileValue(line);
+    if (line.kind != ProfileLineKind::Data || !open) continue;
+    const std::string key = ProfileKey(line.text);
+    const std::string value = ProfileValue(line.text);
     if (!StoreKey(key, value, chip)) {
       Refuse(host, model, key, value);
       return {};

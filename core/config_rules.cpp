@@ -61,18 +61,17 @@ void ApplyFileRules(Host& host, const Home& home, const std::string& name, const
   bool open = false;
   bool conditionHolds = true;
   for (const std::string& raw : SplitProfileLines(text)) {
-    const std::string line = NormaliseProfileLine(raw);
-    if (line.empty() || line.front() == '*') continue;
-    if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
-      const std::string section = line.substr(1, line.size() - 2);
+    const ProfileLine line = ClassifyProfileLine(raw);
+    if (line.kind == ProfileLineKind::Header) {
+      const std::string& section = line.text;
       open = !section.empty() && (section == name || section == prod);
       conditionHolds = true;  // a condition never reaches past its section
       continue;
     }
-    if (!open) continue;
-    const auto rule = ParseRule(line);
+    if (line.kind != ProfileLineKind::Data || !open) continue;
+    const auto rule = ParseRule(line.text);
     if (!rule || rule->word >= words.size()) {
-      host.Diagnostic("cfg.ini: line ignored: " + line);
+      host.Diagnostic("cfg.ini: line ignored: " + line.text);
       continue;
     }
     std::int32_t& word = words[rule->word];

@@ -1,6 +1,7 @@
 #include "core/profile.h"
 
 #include <algorithm>
+#include <cctype>
 #include <system_error>
 
 #include "core/atomic_file.h"
@@ -8,28 +9,6 @@
 
 namespace lk {
 namespace {
-
-enum class LineKind { Ignored, Header, Data };
-
-struct ProfileLine {
-  LineKind kind = LineKind::Ignored;
-  std::string text;  // section name for a header, the whole normalised line for data
-};
-
-ProfileLine Classify(const std::string& raw) {
-  ProfileLine out;
-  std::string line = NormaliseProfileLine(raw);
-  if (line.empty()) return out;
-  if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
-    out.kind = LineKind::Header;
-    out.text = line.substr(1, line.size() - 2);
-  } else if (line.front() != '*') {
-    out.kind = LineKind::Data;
-    out.text = std::move(line);
-  }
-  return out;
-}
-
 
 // Reads and splits a file for the readers; a missing or unreadable file shows the
 // not-found message once and gives false.
@@ -50,10 +29,10 @@ void ForEachSectionLine(const std::vector<std::string>& lines, const std::string
                         Visit visit) {
   bool open = false;
   for (const std::string& raw : lines) {
-    const ProfileLine line = Classify(raw);
-    if (line.kind == LineKind::Header) {
+    const ProfileLine line = ClassifyProfileLine(raw);
+    if (line.kind == ProfileLineKind::Header) {
       open = line.text == section;
-    } else if (line.kind == LineKind::Data && open) {
+    } else if (line.kind == ProfileLineKind::Data && open) {
       if (!visit(line.text)) return;
     }
   }
@@ -132,6 +111,20 @@ std::string NormaliseProfileLine(const std::string& line) {
   return out.substr(b, e - b + 1);
 }
 
+ProfileLine ClassifyProfileLine(const std::string& raw) {
+  ProfileLine out;
+  std::string line = NormaliseProfileLine(raw);
+  if (line.empty()) return out;
+  if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
+    out.kind = ProfileLineKind::Header;
+    out.text = line.substr(1, line.size() - 2);
+  } else if (line.front() != '*') {
+    out.kind = ProfileLineKind::Data;
+    out.text = std::move(line);
+  }
+  return out;
+}
+
 std::vector<std::string> SplitProfileLines(const std::string& text) {
   std::vector<std::string> lines;
   std::size_t start = 0;
@@ -169,8 +162,8 @@ ProfileList GetSections(Host& host, const std::filesystem::path& path) {
   std::vector<std::string> lines;
   if (!LoadProfile(host, path, lines)) return out;
   for (const std::string& raw : lines) {
-    ProfileLine line = Classify(raw);
-    if (line.kind == LineKind::Header) out.push_back(std::move(line.text));
+    ProfileLine line = ClassifyProfileLine(raw);
+    if (line.kind == ProfileLineKind::Header) out.push_back(std::move(line.text));
   }
   return out;
 }

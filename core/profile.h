@@ -56,6 +56,15 @@ std::string ProfileValue(const std::string& line);
 // One line normalised as every reader does: cut at ";", trim blanks.
 std::string NormaliseProfileLine(const std::string& line);
 
+// A line as every reader sees it once normalised: nothing (empty or a "*" comment), a
+// "[name]" section header (text: the name) or a data line (text: the normalised line).
+enum class ProfileLineKind { Ignored, Header, Data };
+struct ProfileLine {
+  ProfileLineKind kind = ProfileLineKind::Ignored;
+  std::string text;
+};
+ProfileLine ClassifyProfileLine(const std::string& raw);
+
 // Splits file text into lines at CR or CR LF (a lone LF also ends a line).
 std::vector<std::string> SplitProfileLines(const std::string& text);
 
