@@ -18,7 +18,7 @@ std::string ConfigWordsText(const ChipParams& chip);
 void AddCoreCommands(CLI::App& app, CliContext*& context, int& exitCode);
 // show FILE, convert IN OUT.lkx
 void AddFileCommands(CLI::App& app, CliContext*& context, int& exitCode);
-// probe and the writer commands
+// probe
 void AddLinkCommands(CLI::App& app, CliContext*& context, int& exitCode);
 
 }  // namespace lk::cli

@@ -60,7 +60,6 @@ std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool wit
   return items;
 }
 
-
 }  // namespace
 
 std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32_t>& words) {

@@ -38,13 +38,13 @@ std::string GetValue(Host& host, const std::filesystem::path& path, const std::s
 bool WriteValue(Host& host, const std::filesystem::path& path, const std::string& section,
                 const std::string& key, const std::string& value);
 
-// Kind 1: "File: "<path>" Not Found!"; kind 2: "QVM File Unrecognized!"; others: nothing.
-void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path);
-
 // Several values of one section in a single atomic rewrite, each with the semantics of
 // WriteValue (applied in order). An unchanged file is not rewritten.
 bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
                  const std::vector<std::pair<std::string, std::string>>& entries);
+
+// Kind 1: "File: "<path>" Not Found!"; kind 2: "QVM File Unrecognized!"; others: nothing.
+void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path);
 
 // The key of a data line: the text before the first "=" (the whole line without one).
 std::string ProfileKey(const std::string& line);
