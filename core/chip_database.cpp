@@ -1,5 +1,6 @@
 #include "core/chip_database.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <limits>
 #include <optional>
@@ -120,8 +121,9 @@ void Refuse(Host& host, const std::string& model, const std::string& key,
 std::vector<std::string> ListModels(Host& host, const Home& home) {
   const ProfileList keys = GetSectionKeys(host, home.QvmcIni(), "MCULIST");
   std::vector<std::string> models;
+  // A key starts with a non-blank (lines are trimmed), so only "=..." lines give "".
   for (std::size_t i = 1; i < keys.size(); ++i) {
-    if (!NormaliseProfileLine(keys[i]).empty()) models.push_back(keys[i]);
+    if (!keys[i].empty()) models.push_back(keys[i]);
   }
   return models;
 }
@@ -132,11 +134,9 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
   if (!std::filesystem::exists(path, ec)) return {};
 
   const ProfileList listed = GetSectionKeys(host, path, "MCULIST");
-  bool known = false;
-  for (std::size_t i = 1; i < listed.size() && !known; ++i) {
-    known = listed[i] == model && !NormaliseProfileLine(listed[i]).empty();
+  if (model.empty() || std::find(listed.begin() + 1, listed.end(), model) == listed.end()) {
+    return {};
   }
-  if (!known) return {};
 
   std::string text;
   if (!ReadTextFile(path, text)) return {};
