@@ -40,7 +40,8 @@ std::size_t Utf8SequenceLength(std::string_view bytes, std::size_t i) {
 }
 
 // Converts with iconv; an input sequence that cannot be converted is replaced by
-// `replacement` and skipped by `skip` bytes (or the length of one UTF-8 sequence).
+// `replacement` and stepped over: one byte, or one whole UTF-8 sequence when the input
+// is UTF-8 (so that one unencodable character gives one replacement).
 std::string Convert(std::string_view in, const char* to, const char* from,
                     std::string_view replacement, bool inputIsUtf8) {
   std::string out;
