@@ -92,6 +92,15 @@ std::string FirstLine(const std::string& s) {
   return s.substr(0, s.find_first_of("\r\n"));
 }
 
+// Cut at ";", trim blanks.
+std::string NormaliseProfileLine(const std::string& line) {
+  std::string out = line.substr(0, line.find(';'));
+  const std::size_t b = out.find_first_not_of(' ');
+  if (b == std::string::npos) return "";
+  const std::size_t e = out.find_last_not_of(' ');
+  return out.substr(b, e - b + 1);
+}
+
 }  // namespace
 
 std::string ProfileKey(const std::string& line) { return line.substr(0, line.find('=')); }
@@ -101,14 +110,6 @@ std::string ProfileValue(const std::string& line) {
   if (eq == std::string::npos) return "";
   const std::size_t next = line.find('=', eq + 1);
   return line.substr(eq + 1, next == std::string::npos ? std::string::npos : next - eq - 1);
-}
-
-std::string NormaliseProfileLine(const std::string& line) {
-  std::string out = line.substr(0, line.find(';'));
-  const std::size_t b = out.find_first_not_of(' ');
-  if (b == std::string::npos) return "";
-  const std::size_t e = out.find_last_not_of(' ');
-  return out.substr(b, e - b + 1);
 }
 
 ProfileLine ClassifyProfileLine(const std::string& raw) {

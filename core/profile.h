@@ -53,11 +53,9 @@ std::string ProfileKey(const std::string& line);
 // ("KEY=a=b" gives "a"); "" when the line has no "=".
 std::string ProfileValue(const std::string& line);
 
-// One line normalised as every reader does: cut at ";", trim blanks.
-std::string NormaliseProfileLine(const std::string& line);
-
-// A line as every reader sees it once normalised: nothing (empty or a "*" comment), a
-// "[name]" section header (text: the name) or a data line (text: the normalised line).
+// A line as every reader sees it, cut at ";" and trimmed of blanks: nothing (empty or a
+// "*" comment), a "[name]" section header (text: the name) or a data line (text: the
+// trimmed line).
 enum class ProfileLineKind { Ignored, Header, Data };
 struct ProfileLine {
   ProfileLineKind kind = ProfileLineKind::Ignored;
