@@ -2,15 +2,46 @@
 
 #include <algorithm>
 
+#include "core/numeric_text.h"
+
 namespace lk {
 namespace {
 
 constexpr char kHex[] = "0123456789ABCDEF";
 
-// The last `digits` hexadecimal digits of value, upper case, zero-padded.
-void AppendHex(std::string& out, std::uint32_t value, int digits) {
-  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4)
-    out.push_back(kHex[(value >> shift) & 0xF]);
+// Writes the last `digits` hexadecimal digits of value, upper case, zero-padded.
+char* PutHex(char* out, std::uint32_t value, int digits) {
+  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4) *out++ = kHex[(value >> shift) & 0xF];
+  return out;
+}
+
+// The text both document windows show: `perLine` values a line, each line led by its
+// address and ":", each value after one blank, CR LF between lines and none at the end.
+// The text is written into a buffer of its exact size: the hex document of a 64K-word
+// chip is rebuilt on every open and save.
+template <typename Values>
+std::string HexDump(const Values& values, std::size_t perLine, int addressDigits,
+                    int valueDigits) {
+  const std::size_t count = values.size();
+  if (count == 0) return "";
+  const std::size_t lines = (count + perLine - 1) / perLine;
+  const std::size_t size = lines * (static_cast<std::size_t>(addressDigits) + 1) +
+                           count * (1 + static_cast<std::size_t>(valueDigits)) + (lines - 1) * 2;
+  std::string text(size, '\0');
+  char* out = text.data();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % perLine == 0) {
+      if (i != 0) {
+        *out++ = '\r';
+        *out++ = '\n';
+      }
+      out = PutHex(out, static_cast<std::uint32_t>(i), addressDigits);
+      *out++ = ':';
+    }
+    *out++ = ' ';
+    out = PutHex(out, static_cast<std::uint32_t>(values[i]), valueDigits);
+  }
+  return text;
 }
 
 // A word counts as its low byte plus its second byte; higher bits are ignored.
@@ -21,37 +52,11 @@ std::int32_t ByteSum(std::int32_t word) {
 
 }  // namespace
 
-std::string HexText(const ChipParams& chip) {
-  const std::size_t count = chip.RomWords.size();
-  std::string out;
-  // Per line: 6-digit address + ":" + 8 x " XXXX" + CR LF.
-  out.reserve((count / 8 + 1) * (7 + 8 * 5 + 2));
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i % 8 == 0) {
-      if (i != 0) out += "\r\n";
-      AppendHex(out, static_cast<std::uint32_t>(i), 6);
-      out.push_back(':');
-    }
-    out.push_back(' ');
-    AppendHex(out, static_cast<std::uint32_t>(chip.RomWords[i]), 4);
-  }
-  return out;
-}
+std::string HexText(const ChipParams& chip) { return HexDump(chip.RomWords, 8, 6, 4); }
 
 std::string EedataHexText(const ChipParams& chip) {
   if (chip.EeSize < 1) return "";
-  std::string out;
-  out.reserve((chip.EeBytes.size() / 16 + 1) * (5 + 16 * 3 + 2));
-  for (std::size_t i = 0; i < chip.EeBytes.size(); ++i) {
-    if (i % 16 == 0) {
-      if (i != 0) out += "\r\n";
-      AppendHex(out, static_cast<std::uint32_t>(i), 4);
-      out.push_back(':');
-    }
-    out.push_back(' ');
-    AppendHex(out, chip.EeBytes[i], 2);
-  }
-  return out;
+  return HexDump(chip.EeBytes, 16, 4, 2);
 }
 
 std::int32_t ProgramChecksum(const ChipParams& chip) {
@@ -99,9 +104,7 @@ std::int32_t ProgramChecksum(const ChipParams& chip) {
 }
 
 std::string ChecksumText(std::int32_t sum) {
-  std::string out = "Checksum:";
-  AppendHex(out, static_cast<std::uint32_t>(sum), 4);
-  return out;
+  return "Checksum:" + Hex4(static_cast<std::uint32_t>(sum));
 }
 
 std::uint16_t EedataChecksum(const ChipParams& chip) {
