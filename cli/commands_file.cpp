@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/commands.h"
+#include "core/image.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
 
@@ -42,7 +43,7 @@ int RunShow(CliContext& ctx, const std::string& file) {
   std::cout << "Model:" << chip.Name << "\n"
             << result.checksumText << "\n"
             << "Config:" << ConfigWordsText(chip) << "\n"
-            << WithLineFeeds(result.hexText) << "\n";
+            << WithLineFeeds(HexText(chip)) << "\n";
   std::cout.flush();
   return status;
 }

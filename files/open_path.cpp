@@ -61,13 +61,9 @@ std::string FileTitleOf(const std::string& path) {
 OpenResult DescribeImage(const Project& project) {
   const ChipParams& chip = project.Chip;
   OpenResult result;
-  result.hexText = HexText(chip);
   result.checksumText = ChecksumText(ProgramChecksum(chip));
   result.refreshConfig = true;
-  if (chip.EeFlag == kEeFlagPresent && chip.EeSize >= 1) {
-    result.showEedata = true;
-    result.eedataText = EedataHexText(chip);
-  }
+  result.showEedata = chip.EeFlag == kEeFlagPresent && chip.EeSize >= 1;
   return result;
 }
 

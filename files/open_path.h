@@ -15,18 +15,18 @@ namespace lk {
 
 struct OpenResult {
   // The dispatcher ran to its end: the file existed and its reader (if any) accepted it.
-  // The image, hex text and checksum below are then current.
+  // The image and the checksum below are then current. The texts of the two document
+  // windows are not built here: they follow from the image (HexText, EedataHexText),
+  // and only a caller that shows them pays for them.
   bool opened = false;
   // A reader loaded an image (false for unknown endings such as ".txt").
   bool imageLoaded = false;
   // The reserved-word check refused the program and wiped the image.
   bool reservedWiped = false;
 
-  std::string hexText;       // the hex document's text (no trailing line break)
   std::string checksumText;  // "Checksum:XXXX"
   bool refreshConfig = false;  // the configuration display must be rebuilt
-  bool showEedata = false;     // the EEDATA view must be redrawn with eedataText
-  std::string eedataText;
+  bool showEedata = false;     // the EEDATA view must be redrawn
   bool showRollDialog = false;  // a settings file exists beside the project
   std::filesystem::path rollSettingsPath;
   std::string fileModifyStatus;  // status panel 3, also set through the Host

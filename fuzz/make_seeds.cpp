@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/project.h"
+#include "core/image.h"
 #include "files/image_writers.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
@@ -65,7 +66,7 @@ std::string ProjectBytes(const std::string& model, bool withEedata) {
       project.Chip.EeBytes[i] = static_cast<std::uint8_t>(i * 3);
     }
   }
-  return lk::BuildProjectBytes(project.Chip, lk::DescribeImage(project).hexText);
+  return lk::BuildProjectBytes(project.Chip, lk::HexText(project.Chip));
 }
 
 }  // namespace

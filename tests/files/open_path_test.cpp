@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/image.h"
 #include "core/profile.h"
 #include "files/image_writers.h"
 #include "files/project_file.h"
@@ -43,7 +44,7 @@ TEST_F(OpenPathTest, StateStatusAndRecentFiles) {
   EXPECT_EQ(host.status[3].rfind("File Modify:20", 0), 0u) << host.status[3];
   EXPECT_EQ(host.status[1], "Rolling Code:Disable");
   EXPECT_FALSE(result.showRollDialog);
-  EXPECT_EQ(result.hexText.substr(0, 12), "000000: 0100");
+  EXPECT_EQ(HexText(project.Chip).substr(0, 12), "000000: 0100");
   EXPECT_EQ(result.checksumText.rfind("Checksum:", 0), 0u);
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File0"), PathOf("my.board.HeX"));
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File1"), "");
@@ -164,7 +165,7 @@ TEST_F(OpenPathTest, EedataViewOnlyWithTheFlag) {
   dir.Write("plain.txt", "");
   OpenResult result = Open(project, "ee.lkx");
   EXPECT_TRUE(result.showEedata);
-  EXPECT_EQ(result.eedataText.substr(0, 8), "0000: FF");
+  EXPECT_EQ(EedataHexText(project.Chip).substr(0, 8), "0000: FF");
   project.Chip.EeFlag = kEeFlagAbsent;
   EXPECT_FALSE(Open(project, "plain.txt").showEedata);
 }
@@ -173,11 +174,11 @@ TEST_F(OpenPathTest, NewFileBlanksTheProgramOnly) {
   Project project = ProjectOf("QVM50F96B");
   project.Chip.RomWords[9] = 0x1234;
   project.Chip.ConfigWords[0] = 0xFFFF;
-  const OpenResult result = NewFile(project);
+  NewFile(project);
   EXPECT_EQ(project.DocCaption, "New File");
   EXPECT_EQ(project.Chip.RomWords[9], 0xFEFF);
   EXPECT_EQ(project.Chip.ConfigWords[0], 0xFEFF);
-  EXPECT_EQ(result.hexText.substr(0, 12), "000000: FEFF");
+  EXPECT_EQ(HexText(project.Chip).substr(0, 12), "000000: FEFF");
 
   Project t16 = ProjectOf("T16");
   t16.Chip.ConfigWords[0] = 0x1111;
