@@ -150,12 +150,6 @@ TEST(Adjust2262, TurnsEveryGroupTenIntoEleven) {
   EXPECT_EQ(code, (Code{0x03, 0xFF, 0x01, 0xCC, 0x03, 0x37}));
 }
 
-TEST(RollCodeText, HighestByteFirstDecimal) {
-  EXPECT_EQ(RollCodeText({4, 3, 2, 1}), "1 2 3 4");
-  EXPECT_EQ(RollCodeText({255, 16}), "16 255");
-  EXPECT_EQ(RollCodeText({}), "");
-}
-
 TEST(PlaceRollCode, ReplacesLowBytesOnlyAtTheAddresses) {
   RollSettings s;
   s.WordLength = 3;
