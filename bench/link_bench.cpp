@@ -10,8 +10,12 @@
 #include <thread>
 
 #include "core/chip_database.h"
+#include "core/project.h"
 #include "core/quiet_host.h"
 #include "link/protocol.h"
+#include "link/chip_session.h"
+#include "link/exchange.h"
+#include "link/memory_commands.h"
 #include "link/writer.h"
 #include "sim/sim_bus.h"
 #include "sim/sim_writer.h"
@@ -71,10 +75,12 @@ int main(int argc, char** argv) {
   config.version = 3;
   config.timing = true;
   long reports = 0;
-  lk::Writer writer(host, std::make_unique<CountingBus>(
-                              lk::sim::MakeSimBus(host, programHome, config), reports));
-  if (!writer.FindWriter() || !writer.OpenWriterHandles() || !writer.GetWriterVersion() ||
-      !writer.CheckChipType(project.Chip, lk::proto::kChipType) || !writer.PrepareChip(project.Chip)) {
+  lk::Writer writer(
+      std::make_unique<CountingBus>(lk::sim::MakeSimBus(host, programHome, config), reports));
+  if (!writer.FindWriter() || !writer.OpenWriterHandles() ||
+      lk::GetWriterVersion(writer) != lk::Fault::None ||
+      lk::CheckChipType(writer, project.Chip) != lk::Fault::None ||
+      !lk::PrepareChip(writer, project.Chip)) {
     std::fprintf(stderr, "link_bench: chip session could not start\n");
     return 1;
   }
@@ -84,9 +90,8 @@ int main(int argc, char** argv) {
   for (int round = 0; round < 3; ++round) {
     reports = 0;
     const auto start = std::chrono::steady_clock::now();
-    const bool programmed = writer.ProgramRom(project, lk::proto::kProgramRom);
-    lk::VerifyResult result;
-    writer.VerifyRom(project, result, lk::proto::kReadRom);
+    const bool programmed = lk::ProgramRom(writer, project.Chip, nullptr) == lk::Fault::None;
+    const lk::VerifyResult result = lk::VerifyRom(writer, project.Chip, nullptr);
     const auto took = std::chrono::steady_clock::now() - start;
     if (!programmed || !result.Pass) {
       std::fprintf(stderr, "link_bench: program/verify failed\n");
@@ -114,6 +119,6 @@ int main(int argc, char** argv) {
               std::chrono::duration<double, std::milli>(alone).count(),
               std::chrono::duration<double>(bound).count() /
                   std::chrono::duration<double>(alone).count());
-  writer.FinishOperation(true);
+  lk::FinishOperation(writer, true);
   return 0;
 }

@@ -18,7 +18,13 @@ std::string ConfigWordsText(const ChipParams& chip);
 void AddCoreCommands(CLI::App& app, CliContext*& context, int& exitCode);
 // show FILE, convert IN OUT.lkx
 void AddFileCommands(CLI::App& app, CliContext*& context, int& exitCode);
-// probe
+// probe, watch
 void AddLinkCommands(CLI::App& app, CliContext*& context, int& exitCode);
+// blank, program, verify, read, auto, config-write, config-read, download
+void AddChipCommands(CLI::App& app, CliContext*& context, int& exitCode);
+// eedata-read, eedata-write
+void AddEedataCommands(CLI::App& app, CliContext*& context, int& exitCode);
+// id-set, id-get
+void AddIdentityCommands(CLI::App& app, CliContext*& context, int& exitCode);
 
 }  // namespace lk::cli

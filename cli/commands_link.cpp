@@ -1,48 +1,85 @@
-// probe: the connection monitor's view of the writer from a shell.
-#include <cstdio>
+// probe and watch: the connection monitor from a shell.
+#include <chrono>
 #include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
 
+#include "cli/chip_run.h"
 #include "cli/commands.h"
 #include "cli/writer_device.h"
-#include "link/protocol.h"
+#include "files/open_path.h"
+#include "ops/connection_monitor.h"
+#include "ops/open_document.h"
 
 namespace lk::cli {
 namespace {
+
+constexpr const char* kNoDevice = "No Device Connected";
 
 int Probe(CliContext& context) {
   std::unique_ptr<Writer> writer = MakeCliWriter(context);
   if (!writer) return kExitUsage;
   CliHost& host = context.Ui();
-  if (!writer->FindWriter() || !writer->OpenWriterHandles()) {
-    std::cout << "No Device Connected" << std::endl;
+  ops::MonitorState state;
+  ops::WatchedFile none;
+  const ops::TickResult tick = ops::MonitorTick(host, *writer, state, none);
+  host.Flush();
+  if (!tick.arrived) {
+    std::cout << kNoDevice << std::endl;
     return kExitNoWriter;
   }
-  int exitCode = kExitOk;
-  if (writer->GetWriterVersion()) {
-    const unsigned version = writer->WriterVersion;
-    // Low byte first: the writer's own way of showing its version.
-    host.Log("烧录器已经连接！版本号： v" + std::to_string(version & 0xFF) + "." +
-             std::to_string((version >> 8) & 0xFF));
-  } else {
-    exitCode = kExitFailed;
-  }
-  // The identity answer: length, status 0xA2, four ID bytes, type, marker, checksum.
-  const std::vector<std::uint8_t> id = writer->GetWriterId();
-  if (id.size() < 9 || id[1] != proto::kIdStatus) {
-    host.Message(Icon::Information, "读取错误！", kAppTitle);
-    writer->CloseWriter();
+  if (!tick.arrived->Version) {
+    host.Error("the writer did not give its version: " + writer->LastFaultText());
     return kExitFailed;
   }
-  const std::uint32_t number = id[2] | (id[3] << 8) | (id[4] << 16) |
-                               (static_cast<std::uint32_t>(id[5]) << 24);
-  char digits[8];
-  std::snprintf(digits, sizeof digits, "%06u", number % 1000000u);
-  host.Log(std::string("烧录器ID：") + digits);
-  if (id[6] < proto::kFirstGeneralWriterType || id[7] != proto::kGeneralWriterMarker) {
-    host.Log("QVM50F96B/98B专用烧录器！");
+  // A bad identity answer has shown "读取错误！" and stopped the monitor.
+  return state.Polling ? kExitOk : kExitFailed;
+}
+
+// Sleeps up to ms, waking early when Ctrl-C asks to stop.
+void Nap(int ms) {
+  for (int slept = 0; slept < ms && !StopRequested().load(); slept += 50) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-  writer->CloseWriter();
-  return exitCode;
+}
+
+int Watch(CliContext& context, bool once, const std::optional<std::string>& file) {
+  CliHost& host = context.Ui();
+  Project& project = context.CurrentProject();
+  ops::WatchedFile watched;
+  if (file) {
+    if (!ops::OpenDocument(host, context.ProgramHome(), project, *file).open.opened) {
+      return kExitUsage;
+    }
+    watched.Path = *file;
+    watched.LastSeen = FileModifiedText(*file);
+  }
+  std::unique_ptr<Writer> writer = MakeCliWriter(context, project.Chip.Name);
+  if (!writer) return kExitUsage;
+  InstallStopHandler();
+  ops::MonitorState state;
+  std::string shownStatus;
+  for (;;) {
+    const ops::TickResult tick = ops::MonitorTick(host, *writer, state, watched);
+    host.Flush();
+    // The connection panel, each time it changes (the message list only has lines on
+    // a connection or a disconnection).
+    if (host.StatusText(4) != shownStatus) {
+      shownStatus = host.StatusText(4);
+      std::cout << shownStatus << std::endl;
+    }
+    if (tick.reload) {
+      ops::OpenDocument(host, context.ProgramHome(), project, watched.Path);
+      host.Flush();
+    }
+    if (once || !state.Polling || StopRequested().load()) break;
+    Nap(1000);
+    if (StopRequested().load()) break;
+  }
+  if (!state.Polling) return kExitFailed;
+  return state.WriterConnected ? kExitOk : kExitNoWriter;
 }
 
 }  // namespace
@@ -51,6 +88,21 @@ void AddLinkCommands(CLI::App& app, CliContext*& context, int& exitCode) {
   CLI::App* probe =
       app.add_subcommand("probe", "find the writer, read its version and identity");
   probe->callback([&] { exitCode = Probe(*context); });
+
+  struct WatchArgs {
+    bool once = false;
+    std::string file;
+  };
+  auto args = std::make_shared<WatchArgs>();
+  CLI::App* watch = app.add_subcommand(
+      "watch", "run the connection monitor every second and print its lines until Ctrl-C");
+  watch->add_flag("--once", args->once, "one tick only");
+  watch->add_option("FILE", args->file, "a file to watch for changes made by other programs");
+  watch->callback([&context, &exitCode, args] {
+    const std::optional<std::string> file =
+        args->file.empty() ? std::nullopt : std::optional<std::string>(args->file);
+    exitCode = Watch(*context, args->once, file);
+  });
 }
 
 }  // namespace lk::cli

@@ -31,6 +31,9 @@ int main(int argc, char** argv) {
   AddCoreCommands(app, context, exitCode);
   AddFileCommands(app, context, exitCode);
   AddLinkCommands(app, context, exitCode);
+  AddChipCommands(app, context, exitCode);
+  AddEedataCommands(app, context, exitCode);
+  AddIdentityCommands(app, context, exitCode);
 
   std::unique_ptr<CliContext> owner;
   app.parse_complete_callback([&] {

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "link/hid_bus.h"
+#include "ops/station.h"
 #include "link/trace_transport.h"
 #include "sim/sim_bus.h"
 
@@ -25,7 +26,7 @@ class TracedBus : public WriterBus {
 
 }  // namespace
 
-std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context) {
+std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context, const std::string& socketModel) {
   const CliOptions& o = context.Options();
   Host& host = context.Ui();
   std::unique_ptr<WriterBus> bus;
@@ -35,10 +36,11 @@ std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context) {
     bus = MakeHidBus(host, o.device.substr(4));
   } else if (o.device == "sim") {
     sim::SimConfig config;
-    // The socket holds the selected chip unless another is named.
-    config.chipModel = !o.simChip.empty() ? o.simChip
-                       : o.chip           ? *o.chip
-                                          : context.CurrentProject().Chip.Name;
+    // The socket holds the chip the command works on unless another is named.
+    config.chipModel = !o.simChip.empty()     ? o.simChip
+                       : !socketModel.empty() ? socketModel
+                       : o.chip               ? *o.chip
+                                              : context.CurrentProject().Chip.Name;
     config.version = o.simVersion;
     config.fault = o.simFault;
     config.stateFile = o.simState;
@@ -58,10 +60,11 @@ std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context) {
   return std::make_unique<TracedBus>(std::move(file), std::move(bus));
 }
 
-std::unique_ptr<Writer> MakeCliWriter(CliContext& context) {
-  std::unique_ptr<WriterBus> bus = MakeWriterBus(context);
+std::unique_ptr<Writer> MakeCliWriter(CliContext& context, const std::string& socketModel) {
+  std::unique_ptr<WriterBus> bus = MakeWriterBus(context, socketModel);
   if (!bus) return nullptr;
-  auto writer = std::make_unique<Writer>(context.Ui(), std::move(bus));
+  auto writer = std::make_unique<Writer>(std::move(bus));
+  ops::AttachHost(*writer, context.Ui());
   if (context.Options().timeoutMs > 0) writer->SetReceiveTimeoutMs(context.Options().timeoutMs);
   return writer;
 }

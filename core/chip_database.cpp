@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "core/config_rules.h"
+#include "core/model_quirks.h"
 #include "core/numeric_text.h"
 #include "core/profile.h"
 
@@ -177,8 +178,7 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
 
   // These three chips never have bits 8 and 12 of configuration word 1 set, whatever
   // the rules say.
-  if ((model == "QVM50F96B" || model == "QVM50F96A" || model == "QVM50F98B") &&
-      chip.ConfigWords.size() > 1) {
+  if (ClearsBit8(model) && chip.ConfigWords.size() > 1) {
     chip.ConfigWords[1] &= ~0x1100;
   }
   return chip;

@@ -100,11 +100,29 @@ std::string FloatText(float value) {
   return ec == std::errc() ? std::string(buffer, end) : "0";
 }
 
+namespace {
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+}  // namespace
+
+std::string Hex2(std::int32_t value) {
+  const auto v = static_cast<std::uint32_t>(value);
+  return {kHexDigits[(v >> 4) & 0xF], kHexDigits[v & 0xF]};
+}
+
 std::string Hex4(std::int32_t word) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   const auto w = static_cast<std::uint32_t>(word);
-  return {kDigits[(w >> 12) & 0xF], kDigits[(w >> 8) & 0xF], kDigits[(w >> 4) & 0xF],
-          kDigits[w & 0xF]};
+  return {kHexDigits[(w >> 12) & 0xF], kHexDigits[(w >> 8) & 0xF], kHexDigits[(w >> 4) & 0xF],
+          kHexDigits[w & 0xF]};
+}
+
+std::string UpperHex(std::int64_t value) {
+  std::string digits;
+  auto v = static_cast<std::uint64_t>(value < 0 ? -value : value);
+  do {
+    digits.insert(digits.begin(), kHexDigits[v & 0xF]);
+    v >>= 4;
+  } while (v != 0);
+  return value < 0 ? "-" + digits : digits;
 }
 
 }  // namespace lk

@@ -34,7 +34,13 @@ std::optional<std::int64_t> FitInteger(double value, std::int64_t min, std::int6
 // A single-precision number as text: the shortest form that reads back the same.
 std::string FloatText(float value);
 
+// The low 8 bits of a value as two upper-case hexadecimal digits ("0A").
+std::string Hex2(std::int32_t value);
+
 // The low 16 bits of a word as four upper-case hexadecimal digits ("3FFF").
 std::string Hex4(std::int32_t word);
+
+// A value in upper-case hexadecimal without leading zeros ("7FE"; "-10" below zero).
+std::string UpperHex(std::int64_t value);
 
 }  // namespace lk

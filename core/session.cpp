@@ -1,6 +1,7 @@
 #include "core/session.h"
 
 #include "core/chip_database.h"
+#include "core/model_quirks.h"
 #include "core/numeric_text.h"
 #include "core/profile.h"
 
@@ -76,10 +77,7 @@ ChipParams LoadStartupChip(Host& host, const Home& home, const std::string& mode
     if (models.size() > 1) chip = LoadChipParams(host, home, models[1]);
   }
   // Bit 8 is always clear on these chips; the start-up image must say so.
-  if (chip.Name == "QVM50F96A" || chip.Name == "QVM50F96B" || chip.Name == "QVM50F98B") {
-    for (auto& w : chip.RomWords) w &= 0xFEFF;
-    for (auto& w : chip.ConfigWords) w &= 0xFEFF;
-  }
+  if (ClearsBit8(chip.Name)) ClearBit8(chip);
   return chip;
 }
 

@@ -4,20 +4,12 @@
 #include <cstdio>
 #include <string_view>
 
+#include "core/model_quirks.h"
+#include "core/numeric_text.h"
 #include "files/read_support.h"
 
 namespace lk {
 namespace {
-
-bool OneOf(std::string_view value, std::initializer_list<std::string_view> list) {
-  return std::find(list.begin(), list.end(), value) != list.end();
-}
-
-std::string UpperHex(std::uint32_t value) {
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "%X", value);
-  return buffer;
-}
 
 // A word that the image does not have cannot hold data: it counts as the blank value.
 bool WordIs(const std::vector<std::int32_t>& words, std::int64_t index, std::int32_t value) {
@@ -133,16 +125,11 @@ void ReadProgramArea(const std::string& bytes, std::size_t offset, ChipParams& c
   }
 }
 
-bool ClearsBit8(const std::string& model) {
-  return OneOf(model, {"QVM50F96A", "QVM50F96B", "QVM50F98B"});
-}
-
 bool CheckReservedAddresses(Host& host, Project& project) {
   ChipParams& chip = project.Chip;
   if (chip.Name == "QVM50F96B" || chip.Name == "QVM50F98B") {
     if (WordIs(chip.RomWords, 0x0FFD, 0xFEFF) && WordIs(chip.RomWords, 0x0FFE, 0xFEFF)) {
-      for (auto& w : chip.RomWords) w &= 0xFEFF;
-      for (auto& w : chip.ConfigWords) w &= 0xFEFF;
+      ClearBit8(chip);
       return false;
     }
     host.Message(Icon::Information,
@@ -169,8 +156,8 @@ bool CheckReservedAddresses(Host& host, Project& project) {
       return false;
     }
     host.Message(Icon::Information,
-                 kReservedLead + UpperHex(static_cast<std::uint32_t>(last - 1)) + "H 或 " +
-                     UpperHex(static_cast<std::uint32_t>(last)) +
+                 kReservedLead + UpperHex(last - 1) + "H 或 " +
+                     UpperHex(last) +
                      "H 地址中有数据，这2个地址作为内部电压基准使用，请保持数据为空！",
                  kAppTitle);
     FillImage(chip, chip.HexMcu);

@@ -38,9 +38,6 @@ void RotateWordsLeft(std::vector<std::int32_t>& words);
 // and always cleared, whatever the file size.
 void ReadProgramArea(const std::string& bytes, std::size_t offset, ChipParams& chip);
 
-// Bit 8 is always clear on these chips (start-up and New clear it).
-bool ClearsBit8(const std::string& model);
-
 // The reserved-word checks made after every open. A program that uses the reserved words
 // is wiped (program and configuration words set to the blank value) after a message and
 // the document caption is cleared. Returns true when the image was wiped.

@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "core/image.h"
+#include "core/model_quirks.h"
 #include "core/profile.h"
 #include "core/session.h"
 #include "files/model_rules.h"
@@ -36,8 +37,9 @@ Reader ReaderFor(const std::string& path) {
   return nullptr;
 }
 
-// Local date and time of the last change, "YYYY-MM-DD HH:MM:SS".
-std::string ModifiedText(const std::string& path) {
+}  // namespace
+
+std::string FileModifiedText(const std::string& path) {
   struct stat st {};
   if (::stat(path.c_str(), &st) != 0) return {};
   std::tm local{};
@@ -47,8 +49,6 @@ std::string ModifiedText(const std::string& path) {
   std::strftime(buffer, sizeof buffer, "%Y-%m-%d %H:%M:%S", &local);
   return buffer;
 }
-
-}  // namespace
 
 std::string FileTitleOf(const std::string& path) {
   const std::size_t slash = path.find_last_of("/\\");
@@ -71,10 +71,7 @@ OpenResult NewFile(Project& project) {
   ChipParams& chip = project.Chip;
   std::fill(chip.RomWords.begin(), chip.RomWords.end(), chip.HexMcu);
   project.DocCaption = "New File";
-  if (ClearsBit8(chip.Name)) {
-    for (auto& w : chip.RomWords) w &= 0xFEFF;
-    for (auto& w : chip.ConfigWords) w &= 0xFEFF;
-  }
+  if (ClearsBit8(chip.Name)) ClearBit8(chip);
   return DescribeImage(project);
 }
 
@@ -85,7 +82,7 @@ OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::s
     return {};
   }
 
-  const std::string modified = "File Modify:" + ModifiedText(path);
+  const std::string modified = "File Modify:" + FileModifiedText(path);
   project.FileTitle = FileTitleOf(path);
   project.ProjectPath = path;
   project.DocCaption = path;

@@ -45,6 +45,10 @@ OpenResult NewFile(Project& project);
 // Everything OpenPath redraws, from the current image (hex text, checksum, EEDATA view).
 OpenResult DescribeImage(const Project& project);
 
+// The file's last change as local date and time ("2026-11-22 21:56:52"); "" when the
+// file cannot be looked at. The status panel and the file watch compare these texts.
+std::string FileModifiedText(const std::string& path);
+
 // Text after the last folder separator and before the last ".".
 std::string FileTitleOf(const std::string& path);
 

@@ -246,7 +246,7 @@ bool RollSettingsTarget(const std::uint8_t* data, std::size_t size) {
   QuietHost host;
   const RollSettings settings = ReadRollSettings(host, path);
   std::vector<std::int32_t> words(0x800, 0x3FFF);
-  PlaceRollCode(host, settings, words);
+  PlaceRollCode(settings, words);
   const RollDialogInput input = LoadRollDialog(host, path);
   for (char key : input.Address) AcceptAddressKey(input.Address, key);
   const bool saved = ApplyRollDialog(host, input, path) == RollOkResult::Saved;

@@ -1,9 +1,11 @@
-// The chip session: the parameter block that tells the writer which chip to handle, and
-// the check of the chip's own type word.
+#include "link/chip_session.h"
+
 #include <cmath>
 
+#include "core/model_quirks.h"
+#include "core/numeric_text.h"
+#include "link/exchange.h"
 #include "link/protocol.h"
-#include "link/writer.h"
 
 namespace lk {
 namespace {
@@ -15,10 +17,10 @@ void Put16(std::array<std::uint8_t, 65>& buffer, int index, std::int32_t value) 
 
 }  // namespace
 
-bool Writer::CheckChipType(const ChipParams& chip, std::uint8_t code) {
-  auto& b = OutputReportData;
+Fault CheckChipType(Writer& writer, const ChipParams& chip, Target target) {
+  auto& b = writer.OutputReportData;
   b[0] = 64;
-  b[1] = code;
+  b[1] = target == Target::Chip ? proto::kChipType : proto::kStoreChipType;
   Put16(b, 2, chip.Type);
   // Program memory size in pages of 256 words, rounded half to even like the writer's
   // configuration tool always did (0x3FF -> 4, 0x17F -> 2, 0x27F -> 2).
@@ -52,37 +54,34 @@ bool Writer::CheckChipType(const ChipParams& chip, std::uint8_t code) {
   for (int i = 51; i <= 62; ++i) b[i] = 0;
   b[63] = proto::Checksum(b.data(), 63);
 
-  bool good = SendReport();
-  if (good) {
+  Fault f = writer.SendReport();
+  if (f == Fault::None) {
     Report answer;
-    good = ReceiveReport(answer) && CheckAnswer(answer) && answer[2] == proto::kAnswerOk;
+    f = writer.ExpectAnswer(proto::kAnswerOk, answer);
   }
-  if (!good) host_.Message(Icon::Information, "芯片型号错误！", kAppTitle);
-  return good;
+  if (f == Fault::None) return f;
+  return writer.Fail(Fault::ChipType, FaultText(f));
 }
 
-bool Writer::PrepareChip(ChipParams& chip) {
-  if (chip.Prod == "32A3") {
+Result<ChipInfo> PrepareChip(Writer& writer, const ChipParams& chip) {
+  if (Is32A3(chip)) {
     // These chips have no readable type word; nothing is read.
-    chip.ChipInfo2.clear();
-    ReturnToIdle();
-    return true;
+    ReturnToIdle(writer);
+    return ChipInfo{};
   }
-  const auto words = ReadWords(15, proto::kReadConfig);
+  const auto words = ReadWords(writer, 15, proto::kReadConfig);
   if (!words) {
-    ReturnToIdle();
-    return false;
-  }
-  const int typeIndex = chip.Prod == "16E1" ? 3 : 13;
-  if ((*words)[typeIndex] != (chip.Type & 0xFFFF)) {
-    ReturnToIdle();
-    return false;
+    ReturnToIdle(writer);
+    return words.Why();
   }
   const auto& w = *words;
-  chip.ChipInfo1 = Hex2(w[9]) + Hex2(w[8]);
-  chip.ChipInfo2 = Hex2(w[12]) + Hex2(w[11]);
-  ReturnToIdle();
-  return true;
+  if (w[TypeWordIndex(chip)] != (chip.Type & 0xFFFF)) {
+    ReturnToIdle(writer);
+    return writer.Fail(Fault::ChipMismatch, "type word " + Hex4(w[TypeWordIndex(chip)]));
+  }
+  ChipInfo info{Hex2(w[9]) + Hex2(w[8]), Hex2(w[12]) + Hex2(w[11])};
+  ReturnToIdle(writer);
+  return info;
 }
 
 }  // namespace lk

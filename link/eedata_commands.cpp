@@ -1,10 +1,10 @@
-// EEDATA: the data EEPROM of the chip (0xB0/0xB1) or of the writer's store (0xC0/0xC1),
-// and the EEDATA window's write and read operations.
+#include "link/eedata_commands.h"
+
 #include <algorithm>
 
 #include "core/numeric_text.h"
+#include "link/exchange.h"
 #include "link/protocol.h"
-#include "link/writer.h"
 
 namespace lk {
 namespace {
@@ -17,138 +17,66 @@ std::vector<std::uint8_t> EeImage(const ChipParams& chip) {
 
 }  // namespace
 
-bool Writer::PrepareEedata() {
-  if (!SendShort(proto::kEePrepare)) return false;
+Fault PrepareEedata(Writer& writer) {
+  if (Fault f = writer.SendShort(proto::kEePrepare); f != Fault::None) return f;
   Report answer;
-  if (!ReceiveReport(answer)) return false;
-  return CheckAnswer(answer) && answer[2] == proto::kAnswerOk;
+  return writer.ExpectAnswer(proto::kAnswerOk, answer);
 }
 
-bool Writer::ProgramEedata(const Project& project, std::uint8_t code) {
-  const std::vector<std::uint8_t> bytes = EeImage(project.Chip);
+Fault ProgramEedata(Writer& writer, const ChipParams& chip, Target target) {
+  const std::uint8_t code = target == Target::Chip ? proto::kEeProgram : proto::kStoreEeProgram;
+  const std::vector<std::uint8_t> bytes = EeImage(chip);
   const int total = static_cast<int>(bytes.size());
-  host_.Progress(0, project.Chip.EeSize);
+  writer.Progress(0, chip.EeSize);
   for (int address = 0; address < total; address += proto::kEeBytesPerProgramPacket) {
     const int k = std::min(proto::kEeBytesPerProgramPacket, total - address);
     std::vector<std::uint8_t> packet = {static_cast<std::uint8_t>(6 + k), code,
                                         proto::Lo(address), proto::Hi(address),
                                         static_cast<std::uint8_t>(k)};
     packet.insert(packet.end(), bytes.begin() + address, bytes.begin() + address + k);
-    if (!ExchangeOk(Framed(std::move(packet)))) return false;
-    host_.Progress(std::min(address + k, total - 1), total - 1);
+    if (Fault f = writer.ExchangeOk(std::move(packet)); f != Fault::None) return f;
+    writer.Progress(std::min(address + k, total - 1), total - 1);
   }
-  return true;
+  return Fault::None;
 }
 
-std::optional<std::vector<std::uint8_t>> Writer::ReadEedata(const ChipParams& chip,
-                                                            std::uint8_t code) {
+Result<std::vector<std::uint8_t>> ReadEedata(Writer& writer, const ChipParams& chip,
+                                             Target target) {
+  const std::uint8_t code = target == Target::Chip ? proto::kEeRead : proto::kStoreEeRead;
   const int total = std::max<int>(chip.EeSize + 1, 0);
   std::vector<std::uint8_t> bytes;
   bytes.reserve(total);
   for (int address = 0; address < total; address += proto::kEeBytesPerReadPacket) {
-    if (!SendPacket(Framed({5, code, proto::Lo(address), proto::Hi(address)}))) {
-      return std::nullopt;
+    if (Fault f = writer.SendFramed({5, code, proto::Lo(address), proto::Hi(address)});
+        f != Fault::None) {
+      return f;
     }
     Report answer;
-    if (!ReceiveReport(answer)) return std::nullopt;
+    if (Fault f = writer.ReceiveReport(answer); f != Fault::None) return f;
     const int k = std::min(proto::kEeBytesPerReadPacket, total - address);
     bytes.insert(bytes.end(), answer.begin() + 1, answer.begin() + 1 + k);
   }
   return bytes;
 }
 
-void Writer::VerifyEedata(const Project& project, VerifyResult& result, std::uint8_t code) {
-  result = VerifyResult{};
-  const std::vector<std::uint8_t> expected = EeImage(project.Chip);
-  const auto read = ReadEedata(project.Chip, code);
+VerifyResult VerifyEedata(Writer& writer, const ChipParams& chip, Target target) {
+  VerifyResult result;
+  const std::vector<std::uint8_t> expected = EeImage(chip);
+  const auto read = ReadEedata(writer, chip, target);
   if (!read) {
     result.Status = 1;
-    return;
+    result.Why = read.Why();
+    return result;
   }
   for (std::size_t i = 0; i < expected.size(); ++i) {
     if (expected[i] == (*read)[i]) continue;
     result.Address = "eedata(" + std::to_string(i) + ")";
     result.FileData = Hex4(expected[i]);
     result.ChipData = Hex4((*read)[i]);
-    return;
+    return result;
   }
   result.Pass = true;
-}
-
-// Steps shared by the EEDATA window's two operations, up to the check that the chip has
-// EEDATA at all. False when the operation has already ended (and said why).
-bool Writer::OpenForEedata(Project& project) {
-  ChipParams& chip = project.Chip;
-  if (!FindWriter() || !OpenWriterHandles()) {
-    host_.Log("The Writer for " + chip.Name + " not Found!");
-    return false;
-  }
-  WaitMs(50);
-  bool typeOk = CheckChipType(chip, proto::kChipType);
-  if (typeOk) {
-    WaitMs(50);
-    typeOk = PrepareChip(chip);
-  }
-  if (!typeOk) {
-    host_.Log("MCU Type Error!");
-    FinishOperation(false);
-    CloseWriter();
-    return false;
-  }
-  WaitMs(50);
-  if (chip.EeSize < 1) {
-    host_.Message(Icon::Information, "该芯片没有内部Eedata！", kAppTitle);
-    FinishOperation(false);
-    CloseWriter();
-    return false;
-  }
-  return true;
-}
-
-bool Writer::WriteEedataToChip(Project& project) {
-  if (!OpenForEedata(project)) return false;
-  bool ok = PrepareEedata();
-  if (ok) {
-    WaitMs(50);
-    ReturnToIdle();
-    WaitMs(50);
-    ok = ProgramEedata(project, proto::kEeProgram);
-  }
-  if (ok) {
-    WaitMs(50);
-    ReturnToIdle();
-    WaitMs(50);
-    VerifyResult result;
-    VerifyEedata(project, result, proto::kEeRead);
-    ok = result.Pass;
-  }
-  if (ok) {
-    host_.Log("Write Eedata OK!");
-    WaitMs(50);
-    FinishOperation(true);
-  } else {
-    host_.Log("Write Eedata Error!");
-    FinishOperation(false);
-  }
-  CloseWriter();
-  return ok;
-}
-
-bool Writer::ReadEedataFromChip(Project& project) {
-  if (!OpenForEedata(project)) return false;
-  const auto bytes = ReadEedata(project.Chip, proto::kEeRead);
-  if (!bytes) {
-    // The writer stopped answering: the image is left as it was.
-    host_.Log("Read Eedata Error!");
-    FinishOperation(false);
-    CloseWriter();
-    return false;
-  }
-  project.Chip.EeBytes = *bytes;
-  host_.Log("Read Eedata OK!");
-  FinishOperation(true);
-  CloseWriter();
-  return true;
+  return result;
 }
 
 }  // namespace lk

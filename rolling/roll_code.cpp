@@ -1,8 +1,8 @@
 #include "rolling/roll_code.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "core/numeric_text.h"
 #include "core/profile.h"
 
 namespace lk {
@@ -23,14 +23,11 @@ bool IsZeroOrFF(std::int32_t v) {
   return v == 0x00 || v == 0xFF;
 }
 
-std::string Hex(std::int64_t value) {
-  char text[32];
-  if (value < 0) {
-    std::snprintf(text, sizeof text, "-%llX", static_cast<unsigned long long>(-value));
-  } else {
-    std::snprintf(text, sizeof text, "%llX", static_cast<unsigned long long>(value));
-  }
-  return text;
+// The code bytes that go into the program: one per listed byte, as far as both the
+// address and the count lists reach.
+std::size_t PlacedByteCount(const RollSettings& settings) {
+  return std::min({static_cast<std::size_t>(std::max(settings.WordLength, 0)),
+                   settings.Addresses.size(), settings.Counts.size()});
 }
 
 }  // namespace
@@ -117,20 +114,23 @@ std::string RollCodeText(const std::vector<std::int32_t>& bytes) {
   return text;
 }
 
-bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::int32_t>& words) {
-  const std::size_t n = std::min({static_cast<std::size_t>(std::max(settings.WordLength, 0)),
-                                  settings.Addresses.size(), settings.Counts.size()});
-  // Check every address first so that a refusal leaves the words as they were.
-  for (std::size_t i = 0; i < n; ++i) {
+std::optional<std::int32_t> RollAddressOutside(const RollSettings& settings,
+                                               std::size_t wordCount) {
+  for (std::size_t i = 0; i < PlacedByteCount(settings); ++i) {
     const std::int32_t address = settings.Addresses[i];
-    if (address < 0 || static_cast<std::size_t>(address) >= words.size()) {
-      host.Message(Icon::Critical,
-                   "Rolling Code Address " + Hex(address) + "H is outside the program memory!",
-                   kAppTitle);
-      return false;
-    }
+    if (address < 0 || static_cast<std::size_t>(address) >= wordCount) return address;
   }
-  for (std::size_t i = 0; i < n; ++i) {
+  return std::nullopt;
+}
+
+std::string RollAddressOutsideText(std::int32_t address) {
+  return "Rolling Code Address " + UpperHex(address) + "H is outside the program memory!";
+}
+
+bool PlaceRollCode(const RollSettings& settings, std::vector<std::int32_t>& words) {
+  // Check every address first so that a refusal leaves the words as they were.
+  if (RollAddressOutside(settings, words.size())) return false;
+  for (std::size_t i = 0; i < PlacedByteCount(settings); ++i) {
     std::int32_t& word = words[static_cast<std::size_t>(settings.Addresses[i])];
     // Only the low eight bits carry the code byte, whatever a hand-edited file says.
     word = (word & 0xFF00) | (settings.Counts[i] & 0xFF);
@@ -138,7 +138,13 @@ bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::in
   return true;
 }
 
-bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile) {
+std::vector<std::int32_t> RollCodeAddresses(const RollSettings& settings) {
+  return std::vector<std::int32_t>(settings.Addresses.begin(),
+                                   settings.Addresses.begin() + PlacedByteCount(settings));
+}
+
+bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
+                     RollAdvance* advance) {
   if (!enabled) return true;
   std::error_code ec;
   if (!std::filesystem::is_regular_file(settingsFile, ec)) {
@@ -148,6 +154,7 @@ bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& sett
   const RollSettings settings = ReadRollSettings(host, settingsFile);
   std::vector<std::int32_t> code = settings.Counts;
   host.Log("Rolling Code:" + RollCodeText(code));
+  if (advance != nullptr) advance->Used = RollCodeText(code);
   if (!NextRollCode(code)) {
     const bool inRange =
         std::all_of(code.begin(), code.end(), [](std::int32_t v) { return v >= 0 && v <= 0xFF; });
@@ -167,6 +174,7 @@ bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& sett
   const std::string text = RollCodeText(code);
   if (!WriteValue(host, settingsFile, kRollSection, "Count", text)) return false;
   host.Log("Next Rolling Code:" + text);
+  if (advance != nullptr) advance->Next = text;
   return true;
 }
 

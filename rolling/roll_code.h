@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,16 +34,33 @@ void Adjust2262(std::vector<std::int32_t>& bytes);
 // Text form: highest byte first, decimal, single spaces.
 std::string RollCodeText(const std::vector<std::int32_t>& bytes);
 
+// The first address of the code that lies outside words 0..wordCount-1 (or below 0).
+std::optional<std::int32_t> RollAddressOutside(const RollSettings& settings,
+                                               std::size_t wordCount);
+// The message for such an address ("Rolling Code Address 800H is outside ...").
+std::string RollAddressOutsideText(std::int32_t address);
+
 // Puts byte i into the low 8 bits of words[Addresses[i]] (bits 8-15 kept), on the
-// outgoing copy the caller passes. Refuses (message naming the address, false, words
-// untouched) when an address is negative or lies outside the words.
-bool PlaceRollCode(Host& host, const RollSettings& settings, std::vector<std::int32_t>& words);
+// outgoing copy the caller passes. False, words untouched, when an address lies outside
+// the words.
+bool PlaceRollCode(const RollSettings& settings, std::vector<std::int32_t>& words);
+
+// The program addresses that carry code bytes (a verify leaves them out).
+std::vector<std::int32_t> RollCodeAddresses(const RollSettings& settings);
+
+// The codes of one advance, in their text form.
+struct RollAdvance {
+  std::string Used;  // the code the chip was given ("Rolling Code:")
+  std::string Next;  // the code stored for the next chip ("Next Rolling Code:")
+};
 
 // After a successful program: logs "Rolling Code:", stores the successor (2262-
 // adjusted when that mode is on) under "Count" and logs "Next Rolling Code:". Does
 // nothing and returns true when the feature is off. Returns false when nothing could
 // be advanced: exhausted code space or a code that is not four valid bytes (a message
-// says which; nothing is stored), a missing settings file or a write error.
-bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile);
+// says which; nothing is stored), a missing settings file or a write error. The codes
+// go to `advance` when given (Next stays empty when nothing was stored).
+bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
+                     RollAdvance* advance = nullptr);
 
 }  // namespace lk

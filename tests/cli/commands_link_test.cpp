@@ -28,12 +28,15 @@ TEST(ProbeCommandTest, PrintsTheMonitorLinesAndTracesTheExchange) {
   EXPECT_NE(run.out.find("烧录器已经连接！版本号： v3."), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("烧录器ID："), std::string::npos) << run.out;
 
+  // Version, identity, then the end of the exchange (0xE5, 0xE4: no answers).
   const std::vector<std::string> got = SplitLines(dir.Read("trace.txt"));
-  ASSERT_EQ(got.size(), 4u);
+  ASSERT_EQ(got.size(), 6u);
   EXPECT_EQ(got[0].substr(0, 14), "> 00 03 a0 a3 ");
   EXPECT_EQ(got[1].substr(0, 10), "< 00 05 a0");
   EXPECT_EQ(got[2].substr(0, 14), "> 00 03 a2 a5 ");
   EXPECT_EQ(got[3].substr(0, 10), "< 00 09 a2");
+  EXPECT_EQ(got[4].substr(0, 14), "> 00 03 e5 e8 ");
+  EXPECT_EQ(got[5].substr(0, 14), "> 00 03 e4 e7 ");
   for (const std::string& line : got) EXPECT_EQ(line.size(), 2u + 65 * 3 - 1);
 }
 

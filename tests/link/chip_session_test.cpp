@@ -1,4 +1,8 @@
+#include "link/chip_session.h"
+
 #include <gtest/gtest.h>
+
+#include "link/memory_commands.h"
 
 #include "tests/link/fake_wire.h"
 
@@ -31,7 +35,7 @@ ChipParams BlockChip() {
 TEST(CheckChipTypeTest, ParameterBlockFieldByField) {
   WriterFixture f;
   const ChipParams chip = BlockChip();
-  ASSERT_TRUE(f.writer.CheckChipType(chip, 0xF6));
+  ASSERT_EQ(CheckChipType(f.writer, chip), Fault::None);
   Bytes expected = {
       64,   0xF6, 0x45, 0x23,  // length, code, type (low 16 bits)
       8,    0,    3,    0,    0xFF, 0, 0xFF, 0x3F, 0x03, 0x02,  // pages, config, EE, mask, VppSel
@@ -65,7 +69,7 @@ TEST(CheckChipTypeTest, PagesNameAndVppBit) {
     ChipParams chip = TestChip(c.romSize);
     chip.Name = c.name;
     chip.VppMode = c.vppMode;
-    ASSERT_TRUE(f.writer.CheckChipType(chip, 0xFE));
+    ASSERT_EQ(CheckChipType(f.writer, chip, Target::Store), Fault::None);
     const Report& r = f.wire->sent.at(0);
     EXPECT_EQ(r[2], 0xFE);
     EXPECT_EQ(r[1 + 4] | (r[1 + 5] << 8), c.pages) << c.romSize;
@@ -76,32 +80,27 @@ TEST(CheckChipTypeTest, PagesNameAndVppBit) {
 
 TEST(CheckChipTypeTest, ByteTwentyOneKeepsWhatTheLastCommandLeft) {
   WriterFixture f;
-  Project project;
-  project.Chip = TestChip(0x3FF);
-  project.Chip.RomWords[8] = 0x1ABC;  // program packet byte 21 = word 8 low byte (gen 2)
-  f.memory.rom.assign(0x400, 0x3FFF);
+  ChipParams chip = TestChip(23);
+  chip.RomWords[8] = 0x1ABC;  // program packet byte 21 = word 8 low byte (gen 2)
   // Program the first packet, then send the block: byte 21 still holds 0xBC.
-  project.Chip.RomSize = 23;
-  ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
-  ASSERT_TRUE(f.writer.CheckChipType(project.Chip, 0xF6));
+  ASSERT_EQ(ProgramRom(f.writer, chip, nullptr), Fault::None);
+  ASSERT_EQ(CheckChipType(f.writer, chip), Fault::None);
   EXPECT_EQ(f.wire->sent.back()[1 + 21], 0xBC);
   f.writer.OutputReportData[21] = 0x5D;
-  ASSERT_TRUE(f.writer.CheckChipType(project.Chip, 0xF6));
+  ASSERT_EQ(CheckChipType(f.writer, chip), Fault::None);
   EXPECT_EQ(f.wire->sent.back()[1 + 21], 0x5D);
   EXPECT_EQ(f.wire->sent.back()[1 + 63], proto::Checksum(&f.wire->sent.back()[1], 63));
 }
 
-TEST(CheckChipTypeTest, RefusedOrMissingAnswerShowsTheTypeMessage) {
+TEST(CheckChipTypeTest, AnyBadAnswerIsARefusedChip) {
   Report corrupt = Checked(0xE1);
   corrupt[3] ^= 0x10;
   const std::optional<Report> answers[] = {Checked(0xE2), corrupt, std::nullopt};
   for (const auto& answer : answers) {
     WriterFixture f;
     f.wire->script.push_back(answer);
-    EXPECT_FALSE(f.writer.CheckChipType(TestChip(), 0xF6));
-    ASSERT_EQ(f.host.messages.size(), 1u);
-    EXPECT_EQ(f.host.messages[0].text, "芯片型号错误！");
-    EXPECT_EQ(f.host.messages[0].icon, Icon::Information);
+    EXPECT_EQ(CheckChipType(f.writer, TestChip()), Fault::ChipType);
+    EXPECT_TRUE(f.host.messages.empty());  // the operation shows the message
   }
 }
 
@@ -128,34 +127,32 @@ TEST(PrepareChipTest, TypeWordAndInfoTexts) {
     f.memory.config[9] = 0x02F0;
     f.memory.config[11] = 0x000C;
     f.memory.config[12] = 0x0A55;
-    EXPECT_EQ(f.writer.PrepareChip(chip), c.match) << c.prod;
+    const auto info = PrepareChip(f.writer, chip);
+    EXPECT_EQ(info.Why(), c.match ? Fault::None : Fault::ChipMismatch) << c.prod;
     const std::vector<std::uint8_t> read =
         c.version < 3 ? Bytes{3, 0xF5, 0xF8} : Bytes{6, 0xF5, 0, 0, 32, 0x1B};
     EXPECT_EQ(f.wire->Packet(0), read);
     // First generation: back to idle afterwards, whatever the outcome.
     EXPECT_EQ(f.wire->sent.size(), c.version < 3 ? 2u : 1u);
     if (c.match) {
-      EXPECT_EQ(chip.ChipInfo1, "F007");
-      EXPECT_EQ(chip.ChipInfo2, "550C");
+      EXPECT_EQ(info->Info1, "F007");
+      EXPECT_EQ(info->Info2, "550C");
     }
   }
 }
 
-TEST(PrepareChipTest, Code32A3ReadsNothing) {
+TEST(PrepareChipTest, Code32A3ReadsNothingAndASilentWriterFails) {
   WriterFixture f(3);
   ChipParams chip = TestChip();
   chip.Prod = "32A3";
-  chip.ChipInfo2 = "old";
-  EXPECT_TRUE(f.writer.PrepareChip(chip));
+  const auto info = PrepareChip(f.writer, chip);
+  ASSERT_TRUE(info);
   EXPECT_TRUE(f.wire->sent.empty());
-  EXPECT_EQ(chip.ChipInfo2, "");
-}
+  EXPECT_EQ(info->Info2, "");
 
-TEST(PrepareChipTest, SilentWriterFails) {
-  WriterFixture f(3);
-  f.wire->script.push_back(std::nullopt);
-  ChipParams chip = TestChip();
-  EXPECT_FALSE(f.writer.PrepareChip(chip));
+  WriterFixture g(3);
+  g.wire->script.push_back(std::nullopt);
+  EXPECT_EQ(PrepareChip(g.writer, TestChip()).Why(), Fault::Timeout);
 }
 
 }  // namespace

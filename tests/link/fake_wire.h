@@ -12,8 +12,8 @@
 #include "link/protocol.h"
 #include "link/transport.h"
 #include "link/writer.h"
+#include "rolling/roll_settings.h"
 #include "tests/support/recording_host.h"
-#include "tests/support/temp_dir.h"
 
 namespace lk::test {
 
@@ -163,17 +163,19 @@ struct FakeMemory {
   }
 };
 
-// A writer on a fake wire with waits switched off.
+// A writer on a fake wire with waits switched off; diagnostics and progress go to host.
 struct WriterFixture {
   std::shared_ptr<FakeWire> wire = std::make_shared<FakeWire>();
   RecordingHost host;
-  Writer writer{host, std::make_unique<FakeBus>(wire)};
+  Writer writer{std::make_unique<FakeBus>(wire)};
   FakeMemory memory;
   std::vector<int> waits;
 
   explicit WriterFixture(std::uint32_t version = 3) {
     writer.WriterVersion = version;
     writer.SetWaiter([this](int ms) { waits.push_back(ms); });
+    writer.SetDiagnosticSink([this](const std::string& line) { host.Diagnostic(line); });
+    writer.SetProgressSink([this](long value, long maximum) { host.Progress(value, maximum); });
     wire->responder = [this](const Report& r) {
       return memory.Answer(r, writer.FirstGeneration());
     };
@@ -196,15 +198,18 @@ inline ChipParams TestChip(int romSize = 0x3FF) {
   return c;
 }
 
-// A project on TestChip(romSize) with the rolling code on, its settings file beside it
-// holding `fields` (World_Lenth=..., Address=..., Count=..., Step=..., 2262mode=...).
-inline Project RollingProject(const TempDir& dir, const std::string& fields, int romSize = 63) {
-  dir.Write("p.ini", "[Rolling Code]\r\nValue=True\r\nVersion=1\r\n" + fields);
-  Project project;
-  project.Chip = TestChip(romSize);
-  project.ProjectPath = (dir / "p.lkx").string();
-  project.RollingEnabled = true;
-  return project;
+// Rolling-code settings with the given addresses and code, byte 0 first.
+inline RollSettings Rolling(std::vector<std::int32_t> addresses, std::vector<std::int32_t> codes,
+                            std::vector<std::int32_t> steps = {}, bool mode2262 = false) {
+  RollSettings s;
+  s.Enabled = true;
+  s.WordLength = static_cast<std::int32_t>(addresses.size());
+  s.Addresses = std::move(addresses);
+  s.Counts = std::move(codes);
+  s.Steps = std::move(steps);
+  s.Steps.resize(s.Addresses.size(), 0);
+  s.Mode2262 = mode2262;
+  return s;
 }
 
 }  // namespace lk::test

@@ -1,3 +1,5 @@
+#include "link/memory_commands.h"
+
 #include <gtest/gtest.h>
 
 #include "tests/link/fake_wire.h"
@@ -6,12 +8,6 @@ namespace lk::test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Project ProjectFor(ChipParams chip) {
-  Project p;
-  p.Chip = std::move(chip);
-  return p;
-}
 
 // Sent reports with the given command code, as packets.
 std::vector<Bytes> PacketsOf(const FakeWire& wire, std::uint8_t code) {
@@ -33,9 +29,9 @@ TEST(ProgramRomTest, PacketLengthsAndAddressesByGeneration) {
   const Case cases[] = {{3, 99, 5, 4}, {2, 99, 5, 4}, {3, 47, 2, 24}, {2, 47, 2, 24}};
   for (const Case& c : cases) {
     WriterFixture f(c.version);
-    Project project = ProjectFor(TestChip(c.romSize));
-    for (int i = 0; i <= c.romSize; ++i) project.Chip.RomWords[i] = 0x1000 + i;
-    ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
+    ChipParams chip = TestChip(c.romSize);
+    for (int i = 0; i <= c.romSize; ++i) chip.RomWords[i] = 0x1000 + i;
+    ASSERT_EQ(ProgramRom(f.writer, chip, nullptr), Fault::None);
     const auto packets = PacketsOf(*f.wire, 0xF3);
     ASSERT_EQ(packets.size(), c.packets);
     const bool second = c.version >= 3;
@@ -61,11 +57,12 @@ TEST(ProgramRomTest, PacketLengthsAndAddressesByGeneration) {
 TEST(ProgramRomTest, StopsAtTheFirstRefusedPacket) {
   Report corrupt = Checked(0xE1);
   corrupt[3] = 0;
-  const std::optional<Report> refusals[] = {Checked(0xE2), corrupt, std::nullopt};
-  for (const auto& refusal : refusals) {
+  const std::pair<std::optional<Report>, Fault> refusals[] = {
+      {Checked(0xE2), Fault::Refused}, {corrupt, Fault::BadFrame}, {std::nullopt, Fault::Timeout}};
+  for (const auto& [refusal, fault] : refusals) {
     WriterFixture f;
     f.wire->script = {Checked(0xE1), refusal};
-    EXPECT_FALSE(f.writer.ProgramRom(ProjectFor(TestChip(99)), 0xF3));
+    EXPECT_EQ(ProgramRom(f.writer, TestChip(99), nullptr), fault);
     EXPECT_EQ(f.wire->sent.size(), 2u);
   }
 }
@@ -77,17 +74,16 @@ TEST(ProgramRomTest, TestWordsOfTheFactory) {
     int romSize;
     std::uint16_t word7;
     int at;  // where word 7 goes; -1 = refused
-    std::uint8_t code;
   };
   const Case cases[] = {
-      {"QVM50F96B", "5096", 0xFFF, 0x3412, 4093, 0xF3},
-      {"QVM50F98B", "5098", 0xFFF, 0x3400, 4093, 0xF3},
-      {"QVM50F96B", "5096", 0xFFF, 0x1512, -1, 0xF3},
-      {"QVM50P99", "5099", 0x7FF, 0x1577, 2045, 0xF3},
-      {"QVM50P99", "5099", 0x7FF, 0x3477, -1, 0xF3},
-      {"QVM20A23", "2023", 0x3FF, 0x0ABC, 0x3FE, 0xF3},
-      {"QVM34A4", "34A4", 0x7FF, 0x1234, 0x7FE, 0xF3},
-      {"LK467", "4670", 0x3FF, 0x0001, 0x3FE, 0xF3},
+      {"QVM50F96B", "5096", 0xFFF, 0x3412, 4093},
+      {"QVM50F98B", "5098", 0xFFF, 0x3400, 4093},
+      {"QVM50F96B", "5096", 0xFFF, 0x1512, -1},
+      {"QVM50P99", "5099", 0x7FF, 0x1577, 2045},
+      {"QVM50P99", "5099", 0x7FF, 0x3477, -1},
+      {"QVM20A23", "2023", 0x3FF, 0x0ABC, 0x3FE},
+      {"QVM34A4", "34A4", 0x7FF, 0x1234, 0x7FE},
+      {"LK467", "4670", 0x3FF, 0x0001, 0x3FE},
   };
   for (const Case& c : cases) {
     WriterFixture f;
@@ -95,18 +91,15 @@ TEST(ProgramRomTest, TestWordsOfTheFactory) {
     chip.Name = c.name;
     chip.Prod = c.prod;
     f.memory.config[7] = c.word7;
-    const bool ok = f.writer.ProgramRom(ProjectFor(chip), c.code);
+    const Fault fault = ProgramRom(f.writer, chip, nullptr);
     const auto program = PacketsOf(*f.wire, 0xF3);
     if (c.at < 0) {
-      EXPECT_FALSE(ok) << c.name;
+      EXPECT_EQ(fault, Fault::TestContent) << c.name;
       EXPECT_TRUE(program.empty());
-      ASSERT_EQ(f.host.messages.size(), 1u);
-      EXPECT_EQ(f.host.messages[0].text,
-                "未检测到芯片应有的测试内容，请确认芯片型号是否正确以及芯片是否经过最新的测试！");
       EXPECT_EQ(f.wire->Codes().back(), 0xF6);  // the block is sent again
       continue;
     }
-    ASSERT_TRUE(ok) << c.name;
+    ASSERT_EQ(fault, Fault::None) << c.name;
     EXPECT_EQ(f.wire->Packet(0), (Bytes{6, 0xF5, 0, 0, 16, 0x0B}));
     const Bytes& p = program[c.at / 24];
     const int i = 5 + 2 * (c.at % 24);
@@ -118,13 +111,13 @@ TEST(ProgramRomTest, TestWordsOfTheFactory) {
 TEST(ProgramRomTest, ModelRulesAndStoreCode) {
   {
     // 32A3 keeps its four factory words at 0x3FC..0x3FF, for the chip and the store.
-    for (std::uint8_t code : {0xF3, 0xF7}) {
+    for (Target target : {Target::Chip, Target::Store}) {
       WriterFixture f;
       ChipParams chip = TestChip(0x3FF);
       chip.Prod = "32A3";
       for (auto& w : chip.RomWords) w = 0x0123;
-      ASSERT_TRUE(f.writer.ProgramRom(ProjectFor(chip), code));
-      const auto packets = PacketsOf(*f.wire, code);
+      ASSERT_EQ(ProgramRom(f.writer, chip, nullptr, target), Fault::None);
+      const auto packets = PacketsOf(*f.wire, target == Target::Chip ? 0xF3 : 0xF7);
       const Bytes& last = packets.back();  // words 1008..1023
       EXPECT_EQ(last[5 + 2 * 11] | (last[6 + 2 * 11] << 8), 0x0123);  // 1019
       for (int a = 1020; a <= 1023; ++a) {
@@ -137,18 +130,17 @@ TEST(ProgramRomTest, ModelRulesAndStoreCode) {
     WriterFixture f;
     ChipParams chip = TestChip(0xFFF);
     chip.Name = "QVM50F96B";
-    ASSERT_TRUE(f.writer.ProgramRom(ProjectFor(chip), 0xF7));
+    ASSERT_EQ(ProgramRom(f.writer, chip, nullptr, Target::Store), Fault::None);
     EXPECT_EQ(f.wire->CountCode(0xF5), 0u);
   }
 }
 
 TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
-  TempDir dir;
-  Project project = RollingProject(
-      dir, "World_Lenth=2\r\nAddress=1E A\r\nCount=205 171\r\nStep=0 1\r\n2262mode=0\r\n");
-  for (auto& w : project.Chip.RomWords) w = 0x2F00;
+  const RollSettings roll = Rolling({0x0A, 0x1E}, {171, 205});
+  ChipParams chip = TestChip(63);
+  for (auto& w : chip.RomWords) w = 0x2F00;
   WriterFixture f;
-  ASSERT_TRUE(f.writer.ProgramRom(project, 0xF3));
+  ASSERT_EQ(ProgramRom(f.writer, chip, &roll), Fault::None);
   const auto packets = PacketsOf(*f.wire, 0xF3);
   auto wordAt = [&](int a) {
     const Bytes& p = packets[a / 24];
@@ -157,37 +149,30 @@ TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
   EXPECT_EQ(wordAt(10), 0x2FAB);
   EXPECT_EQ(wordAt(30), 0x2FCD);
   EXPECT_EQ(wordAt(11), 0x2F00);
-  EXPECT_EQ(project.Chip.RomWords[10], 0x2F00);  // the image keeps its word
+  EXPECT_EQ(chip.RomWords[10], 0x2F00);  // the image keeps its word
 
-  // Not placed for the store, nor when the dialog's option is off.
-  for (bool enabled : {true, false}) {
-    WriterFixture g;
-    project.RollingEnabled = enabled;
-    ASSERT_TRUE(g.writer.ProgramRom(project, enabled ? 0xF7 : 0xF3));
-    const Bytes p = PacketsOf(*g.wire, enabled ? 0xF7 : 0xF3)[0];
-    EXPECT_EQ(p[5 + 20] | (p[6 + 20] << 8), 0x2F00);
-  }
-}
+  // Not placed for the store.
+  WriterFixture g;
+  ASSERT_EQ(ProgramRom(g.writer, chip, &roll, Target::Store), Fault::None);
+  const Bytes p = PacketsOf(*g.wire, 0xF7)[0];
+  EXPECT_EQ(p[5 + 20] | (p[6 + 20] << 8), 0x2F00);
 
-TEST(ProgramRomTest, RollingAddressBeyondTheChipIsRefusedBeforeProgramming) {
-  TempDir dir;
-  const Project project = RollingProject(
-      dir, "World_Lenth=1\r\nAddress=40\r\nCount=1\r\nStep=1\r\n2262mode=0\r\n");
-  WriterFixture f;
-  EXPECT_FALSE(f.writer.ProgramRom(project, 0xF3));
-  EXPECT_TRUE(f.wire->sent.empty());
-  EXPECT_EQ(f.host.messages.size(), 1u);
+  // An address beyond the chip refuses the program before anything is sent.
+  const RollSettings outside = Rolling({0x40}, {1});
+  WriterFixture h;
+  EXPECT_EQ(ProgramRom(h.writer, chip, &outside), Fault::RollAddress);
+  EXPECT_TRUE(h.wire->sent.empty());
 }
 
 TEST(ReadRomTest, StoresTheWordsOfBothGenerations) {
   for (std::uint32_t version : {2u, 3u}) {
     WriterFixture f(version);
-    Project project = ProjectFor(TestChip(0x5F));  // 96 words: three reads
     f.memory.rom.resize(96);
     for (int i = 0; i < 96; ++i) f.memory.rom[i] = 0x0100 + i;
-    ASSERT_TRUE(f.writer.ReadRom(project));
-    ASSERT_EQ(project.Chip.RomWords.size(), 96u);
-    EXPECT_EQ(project.Chip.RomWords[95], 0x015F);
+    const auto words = ReadRom(f.writer, TestChip(0x5F));  // 96 words: three reads
+    ASSERT_TRUE(words);
+    ASSERT_EQ(words->size(), 96u);
+    EXPECT_EQ((*words)[95], 0x015F);
     EXPECT_EQ(f.wire->CountCode(0xF2), 3u);
     EXPECT_EQ(f.wire->sent[0][1], version < 3 ? 3 : 6);
   }
@@ -212,7 +197,7 @@ TEST(ProgramConfigTest, WordsBelowConfigLengthWithForcedBits) {
     chip.Prod = c.prod;
     chip.ConfigLength = 2;  // words 0 and 1 are sent, word 2 is not
     chip.ConfigWords = {0x3FFF, 0x3FFF, 0x1234};
-    ASSERT_TRUE(f.writer.ProgramConfig(ProjectFor(chip), 0xF9));
+    ASSERT_EQ(ProgramConfig(f.writer, chip), Fault::None);
     const Bytes p = f.wire->Packet(0);
     ASSERT_EQ(p.size(), 10u) << c.prod;
     EXPECT_EQ(p[0], 10);
@@ -224,36 +209,35 @@ TEST(ProgramConfigTest, WordsBelowConfigLengthWithForcedBits) {
 
 TEST(VerifyRomTest, FirstDifferenceFillsTheResult) {
   WriterFixture f;
-  Project project = ProjectFor(TestChip(0x3F));
+  const ChipParams chip = TestChip(0x3F);
   f.memory.rom.assign(64, 0x3FFF);
-  VerifyResult result;
-  f.writer.VerifyRom(project, result, 0xF2);
-  EXPECT_TRUE(result.Pass);
+  EXPECT_TRUE(VerifyRom(f.writer, chip, nullptr).Pass);
   f.memory.rom[0x2A] = 0x0123;
   f.memory.rom[0x30] = 0x0000;
-  f.writer.VerifyRom(project, result, 0xF2);
+  VerifyResult result = VerifyRom(f.writer, chip, nullptr);
   EXPECT_FALSE(result.Pass);
   EXPECT_EQ(result.Status, 0);
   EXPECT_EQ(result.Address, "002A");
   EXPECT_EQ(result.FileData, "3FFF");
   EXPECT_EQ(result.ChipData, "0123");
   f.wire->script = {std::nullopt};
-  f.writer.VerifyRom(project, result, 0xF2);
+  result = VerifyRom(f.writer, chip, nullptr);
   EXPECT_FALSE(result.Pass);
   EXPECT_EQ(result.Status, 1);
+  EXPECT_EQ(result.Why, Fault::Timeout);
 }
 
 TEST(VerifyRomTest, FeffToleranceOfTheDModels) {
   struct Case {
     std::string name;
-    std::uint8_t code;
+    Target target;
     int address;
     bool pass;
   };
   const Case cases[] = {
-      {"QVM50F96D", 0xF2, 4093, true}, {"QVM50F98D", 0xF2, 4094, true},
-      {"QVM50F98D", 0xFB, 4094, false}, {"QVM50F96D", 0xF2, 4092, false},
-      {"QVM50F96E", 0xF2, 4093, false},
+      {"QVM50F96D", Target::Chip, 4093, true}, {"QVM50F98D", Target::Chip, 4094, true},
+      {"QVM50F98D", Target::Store, 4094, false}, {"QVM50F96D", Target::Chip, 4092, false},
+      {"QVM50F96E", Target::Chip, 4093, false},
   };
   for (const Case& c : cases) {
     WriterFixture f;
@@ -261,25 +245,19 @@ TEST(VerifyRomTest, FeffToleranceOfTheDModels) {
     chip.Name = c.name;
     f.memory.rom.assign(4096, 0x3FFF);
     f.memory.rom[c.address] = 0xFEFF;
-    VerifyResult result;
-    f.writer.VerifyRom(ProjectFor(chip), result, c.code);
-    EXPECT_EQ(result.Pass, c.pass) << c.name << " " << c.address;
+    EXPECT_EQ(VerifyRom(f.writer, chip, nullptr, c.target).Pass, c.pass) << c.name << " " << c.address;
   }
 }
 
 TEST(VerifyRomTest, RollingAddressesAreLeftOut) {
-  TempDir dir;
-  const Project project = RollingProject(
-      dir, "World_Lenth=1\r\nAddress=5\r\nCount=7\r\nStep=1\r\n2262mode=0\r\n");
+  const RollSettings roll = Rolling({5}, {7});
+  const ChipParams chip = TestChip(63);
   WriterFixture f;
   f.memory.rom.assign(64, 0x3FFF);
   f.memory.rom[5] = 0x3F06;  // the previous chip's code
-  VerifyResult result;
-  f.writer.VerifyRom(project, result, 0xF2);
-  EXPECT_TRUE(result.Pass);
+  EXPECT_TRUE(VerifyRom(f.writer, chip, &roll).Pass);
   f.memory.rom[6] = 0;
-  f.writer.VerifyRom(project, result, 0xF2);
-  EXPECT_EQ(result.Address, "0006");
+  EXPECT_EQ(VerifyRom(f.writer, chip, &roll).Address, "0006");
 }
 
 TEST(VerifyConfigTest, MasksOfTheSpecialCodes) {
@@ -305,8 +283,7 @@ TEST(VerifyConfigTest, MasksOfTheSpecialCodes) {
     chip.ConfigWords = {0x001F, c.file1, 0};
     f.memory.config[0] = 0x001F;
     f.memory.config[1] = c.chip1;
-    VerifyResult result;
-    f.writer.VerifyConfig(ProjectFor(chip), result, 0xF5);
+    const VerifyResult result = VerifyConfig(f.writer, chip);
     EXPECT_EQ(result.Pass, c.pass) << c.prod << " " << c.chip1;
     if (!c.pass) {
       EXPECT_EQ(result.Address, "Config(1)");

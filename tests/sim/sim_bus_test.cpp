@@ -5,8 +5,6 @@
 #include <filesystem>
 
 #include "core/chip_database.h"
-#include "core/project.h"
-#include "link/writer.h"
 #include "tests/sim/sim_rig.h"
 #include "tests/support/temp_dir.h"
 
@@ -109,70 +107,6 @@ TEST_F(SimBusTest, ConfigurationErrorsGiveNoWriterAndAMessage) {
     if (!c.stateText.empty()) {
       EXPECT_EQ(dir.Read("writer.state"), c.stateText) << "a corrupt file is left as it was";
     }
-  }
-}
-
-// The host's command sequences (link/) against the simulator, both generations: they
-// must agree on every packet layout for a whole chip session and download.
-TEST_F(SimBusTest, HostCommandSequencesRunAgainstTheSimulator) {
-  const std::pair<const char*, int> cases[] = {
-      {"QVM55P47", 2}, {"QVM55P47", 4}, {"QVM50F96B", 3}, {"LK8F16E1", 2}, {"LK8P2023", 5}};
-  for (const auto& [model, version] : cases) {
-    SCOPED_TRACE(std::string(model) + " v" + std::to_string(version));
-    lk::test::RecordingHost session;
-    auto sim = MakeSimWriter(session, home,
-                             SimConfig{.chipModel = model, .version = version, .busyAnswers = 2});
-    ASSERT_TRUE(sim);
-    Writer w(session, MakeSimBusFor(sim));
-    w.SetWaiter([](int) {});
-    ASSERT_TRUE(w.FindWriter() && w.OpenWriterHandles() && w.GetWriterVersion());
-    EXPECT_EQ(w.WriterVersion, static_cast<std::uint32_t>(version + 256 * kSimVersionHigh));
-
-    Project project;
-    project.Chip = LoadChipParams(session, home, model);
-    ChipParams& chip = project.Chip;
-    ASSERT_TRUE(chip.Loaded());
-    for (size_t i = 0; i < chip.RomWords.size(); ++i)
-      chip.RomWords[i] = static_cast<std::int32_t>((i * 0x0123 + 7) & chip.HexMcu);
-    for (size_t i = 0; i < chip.ConfigWords.size(); ++i)
-      chip.ConfigWords[i] = static_cast<std::int32_t>((0x0F5A >> i) & chip.HexMcu);
-    for (size_t i = 0; i < chip.EeBytes.size(); ++i) chip.EeBytes[i] = static_cast<std::uint8_t>(i * 3);
-
-    ASSERT_TRUE(w.CheckChipType(chip, kChipType) && w.PrepareChip(chip));
-    EXPECT_EQ(chip.ChipInfo1, Hex2(kInfoWord9) + Hex2(kInfoWord8));
-    w.ReturnToIdle();
-    EXPECT_TRUE(w.WaitWriterReady()) << "a fresh chip is blank (OTP) or erases (flash)";
-    w.ReturnToIdle();
-    ASSERT_TRUE(w.ProgramRom(project, kProgramRom));
-    w.ReturnToIdle();
-    ASSERT_TRUE(w.ProgramConfig(project, kProgramConfig));
-    VerifyResult rom, config, ee;
-    w.ReturnToIdle();
-    w.VerifyRom(project, rom, kReadRom);
-    EXPECT_TRUE(rom.Pass) << rom.Address << " " << rom.FileData << " " << rom.ChipData;
-    w.ReturnToIdle();
-    w.VerifyConfig(project, config, kReadConfig);
-    EXPECT_TRUE(config.Pass) << config.Address << " " << config.FileData << " " << config.ChipData;
-    if (chip.EeSize >= 1) {
-      w.ReturnToIdle();
-      ASSERT_TRUE(w.PrepareEedata() && w.ProgramEedata(project, kEeProgram));
-      w.VerifyEedata(project, ee, kEeRead);
-      EXPECT_TRUE(ee.Pass) << ee.Address;
-      EXPECT_EQ(sim->State().chip->eedata, chip.EeBytes);
-    }
-    w.ReturnToIdle();
-    if (chip.IsOtp()) {
-      EXPECT_FALSE(w.WaitWriterReady()) << "a programmed OTP chip is not blank";
-    }
-    w.FinishOperation(true);
-
-    ASSERT_TRUE(w.CheckChipType(chip, kChipType));
-    EXPECT_TRUE(w.DownloadProject(project, 0xBEEF, 0x1234));
-    SimStore store = sim->State().store;
-    EXPECT_EQ(store.imageSum, 0xBEEF);
-    ASSERT_GE(store.program.size(), chip.RomWords.size() - 2);
-    EXPECT_TRUE(std::equal(chip.RomWords.begin(), chip.RomWords.end() - 2, store.program.begin()));
-    EXPECT_TRUE(session.messages.empty()) << session.messages[0].text;
   }
 }
 

@@ -1,9 +1,10 @@
-#include "link/writer.h"
+#include "link/exchange.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 
+#include "link/identity_commands.h"
 #include "tests/link/fake_wire.h"
 
 namespace lk::test {
@@ -44,32 +45,34 @@ TEST(CheckAnswerTest, JudgesLengthBeforeChecksum) {
   for (const Case& c : cases) EXPECT_EQ(CheckAnswer(c.answer), c.good) << c.what;
 }
 
-TEST(WriterFrameTest, VersionQuerySendsLiteralChecksumAndStoresTheWord) {
+TEST(ExchangeTest, VersionQueryStoresTheWordOrLeavesItOnABadAnswer) {
   WriterFixture f(0);
   f.wire->script.push_back(Checked(0xA0, {2, 7}));
-  ASSERT_TRUE(f.writer.GetWriterVersion());
-  EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xA0, 0xA3}));
-  EXPECT_EQ(f.wire->sent[0][0], 0);  // report ID
+  ASSERT_EQ(GetWriterVersion(f.writer), Fault::None);
+  EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xA0, 0xA3}));  // the checksum is a literal
+  EXPECT_EQ(f.wire->sent[0][0], 0);                      // report ID
   EXPECT_EQ(f.writer.WriterVersion, 0x0702u);
   EXPECT_TRUE(f.writer.FirstGeneration());
-}
 
-TEST(WriterFrameTest, BadVersionAnswersLeaveTheVersion) {
   Report corrupt = Checked(0xA0, {3, 1});
   corrupt[5] ^= 0xFF;
-  const std::optional<Report> answers[] = {std::nullopt, Checked(0xE1, {3, 1}), corrupt};
-  for (const auto& answer : answers) {
-    WriterFixture f(0x0105);
-    f.wire->script.push_back(answer);
-    EXPECT_FALSE(f.writer.GetWriterVersion());
-    EXPECT_EQ(f.writer.WriterVersion, 0x0105u);
+  const std::pair<std::optional<Report>, Fault> answers[] = {
+      {std::nullopt, Fault::Timeout},
+      {Checked(0xE1, {3, 1}), Fault::Refused},
+      {corrupt, Fault::BadFrame}};
+  for (const auto& [answer, fault] : answers) {
+    WriterFixture g(0x0105);
+    g.wire->script.push_back(answer);
+    EXPECT_EQ(GetWriterVersion(g.writer), fault);
+    EXPECT_EQ(g.writer.LastFault(), fault);
+    EXPECT_EQ(g.writer.WriterVersion, 0x0105u);
   }
 }
 
-TEST(WriterFrameTest, FinishOperationSendsResultWaitsAndEnds) {
+TEST(ExchangeTest, FinishOperationSendsResultWaitsAndEnds) {
   for (bool passed : {true, false}) {
     WriterFixture f;
-    f.writer.FinishOperation(passed);
+    FinishOperation(f.writer, passed);
     ASSERT_EQ(f.wire->sent.size(), 2u);
     const std::uint8_t result = passed ? 0xE5 : 0xE6;
     EXPECT_EQ(f.wire->Packet(0), (Bytes{3, result, static_cast<std::uint8_t>(3 + result)}));
@@ -78,14 +81,14 @@ TEST(WriterFrameTest, FinishOperationSendsResultWaitsAndEnds) {
   }
 }
 
-TEST(WriterFrameTest, ReturnToIdleOnlyOnTheFirstGeneration) {
+TEST(ExchangeTest, ReturnToIdleOnlyOnTheFirstGeneration) {
   struct Case {
     std::uint32_t version;
     std::size_t reports;
   };
   for (const Case c : {Case{0x0002, 1}, Case{0x0102, 1}, Case{0x0003, 0}, Case{0x0005, 0}}) {
     WriterFixture f(c.version);
-    f.writer.ReturnToIdle();
+    ReturnToIdle(f.writer);
     ASSERT_EQ(f.wire->sent.size(), c.reports) << c.version;
     if (c.reports == 1) {
       EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xE1, 0xE4}));
@@ -95,39 +98,41 @@ TEST(WriterFrameTest, ReturnToIdleOnlyOnTheFirstGeneration) {
 }
 
 // Polls 0xF1 while the writer answers busy; only 0xE1 means ready.
-TEST(WriterFrameTest, WaitWriterReadyPollsWhileBusy) {
-  const std::pair<std::optional<Report>, bool> lastAnswers[] = {
-      {Checked(0xE1), true}, {Checked(0xE2), false}, {Checked(0x00), false}, {std::nullopt, false}};
-  for (const auto& [last, ready] : lastAnswers) {
+TEST(ExchangeTest, WaitWriterReadyPollsWhileBusy) {
+  const std::pair<std::optional<Report>, Fault> lastAnswers[] = {
+      {Checked(0xE1), Fault::None},
+      {Checked(0xE2), Fault::NotBlank},
+      {Checked(0x00), Fault::Refused},
+      {std::nullopt, Fault::Timeout}};
+  for (const auto& [last, fault] : lastAnswers) {
     WriterFixture f;
     f.wire->script.assign(5, Checked(0xE3));
     f.wire->script.push_back(last);
-    EXPECT_EQ(f.writer.WaitWriterReady(), ready);
+    EXPECT_EQ(WaitWriterReady(f.writer), fault);
     ASSERT_EQ(f.wire->sent.size(), 6u);
     for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(f.wire->Packet(i), (Bytes{3, 0xF1, 0xF4}));
   }
 }
 
-TEST(WriterFrameTest, WaitWriterReadyGivesUpAtItsDeadline) {
+TEST(ExchangeTest, WaitWriterReadyGivesUpAtItsDeadline) {
   WriterFixture f;
   f.wire->responder = [](const Report&) { return Checked(0xE3); };
   f.writer.SetReadyDeadlineMs(80);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(f.writer.WaitWriterReady());
+  EXPECT_EQ(WaitWriterReady(f.writer), Fault::StillBusy);
   const auto took = std::chrono::steady_clock::now() - start;
   EXPECT_GE(took, std::chrono::milliseconds(80));
   EXPECT_LT(took, std::chrono::seconds(2));
-  EXPECT_GT(f.wire->sent.size(), 1u);
   EXPECT_FALSE(f.host.diagnostics.empty());
 }
 
-TEST(WriterFrameTest, ReadPacketsByGeneration) {
+TEST(ExchangeTest, ReadPacketsByGeneration) {
   // 41 words: one full packet of 32 and a last one of 9.
   {
     WriterFixture f(3);
     f.memory.config.assign(41, 0);
     for (int i = 0; i < 41; ++i) f.memory.config[i] = 0x100 * i + 1;
-    const auto words = f.writer.ReadWords(40, 0xF5);
+    const auto words = ReadWords(f.writer, 40, 0xF5);
     ASSERT_TRUE(words);
     ASSERT_EQ(f.wire->sent.size(), 2u);
     EXPECT_EQ(f.wire->Packet(0), (Bytes{6, 0xF5, 0, 0, 64, 0x3B}));
@@ -137,8 +142,7 @@ TEST(WriterFrameTest, ReadPacketsByGeneration) {
   }
   {
     WriterFixture f(2);
-    for (int i = 0; i < 41; ++i) f.memory.config[i % 16] = i;
-    const auto words = f.writer.ReadWords(40, 0xF2);
+    const auto words = ReadWords(f.writer, 40, 0xF2);
     ASSERT_TRUE(words);
     ASSERT_EQ(f.wire->sent.size(), 2u);
     EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xF2, 0xF5}));
@@ -147,58 +151,79 @@ TEST(WriterFrameTest, ReadPacketsByGeneration) {
   }
 }
 
-TEST(WriterFrameTest, SilentOrUnpluggedWriterFailsTheStep) {
+TEST(ExchangeTest, SilentUnpluggedOrClosedWriterFailsTheStep) {
   {
     WriterFixture f;
     f.wire->script = {Checked(0xE1), std::nullopt};
-    EXPECT_FALSE(f.writer.ReadWords(63, 0xF2));
+    EXPECT_EQ(ReadWords(f.writer, 63, 0xF2).Why(), Fault::Timeout);
     EXPECT_FALSE(f.host.diagnostics.empty());
   }
   {
     WriterFixture f;
     f.wire->unplugAfterSends = 1;
-    EXPECT_FALSE(f.writer.ReadWords(63, 0xF2));
-    EXPECT_FALSE(f.writer.GetWriterVersion());
-    EXPECT_TRUE(f.writer.GetWriterId().empty());
+    EXPECT_FALSE(ReadWords(f.writer, 63, 0xF2));
+    EXPECT_EQ(GetWriterVersion(f.writer), Fault::Unplugged);
+    EXPECT_FALSE(GetWriterId(f.writer));
   }
   {
     // Nothing open: every step fails without touching a transport.
-    RecordingHost host;
     auto wire = std::make_shared<FakeWire>();
     wire->present = false;
-    Writer writer(host, std::make_unique<FakeBus>(wire));
+    Writer writer(std::make_unique<FakeBus>(wire));
     EXPECT_FALSE(writer.FindWriter());
     EXPECT_FALSE(writer.OpenWriterHandles());
-    EXPECT_FALSE(writer.GetWriterVersion());
-    EXPECT_FALSE(writer.WaitWriterReady());
-    writer.FinishOperation(true);
+    EXPECT_EQ(GetWriterVersion(writer), Fault::NotOpen);
+    EXPECT_EQ(WaitWriterReady(writer), Fault::NotOpen);
+    FinishOperation(writer, true);
     EXPECT_TRUE(wire->sent.empty());
   }
 }
 
-TEST(WriterFrameTest, WriterIdPackets) {
+TEST(ExchangeTest, StopRequestFailsTheNextPacketButNotTheEndOfTheSession) {
   WriterFixture f;
-  f.wire->script = {Checked(0xE1), Checked(0xA2, {0x40, 0xE2, 0x01, 0x00, 6, '#'})};
-  EXPECT_TRUE(f.writer.SetWriterId({0x12, 0x34, 0x56, 0x78}));
-  EXPECT_EQ(f.wire->Packet(0), (Bytes{7, 0xA1, 0x12, 0x34, 0x56, 0x78, 0xBC}));
-  const Bytes id = f.writer.GetWriterId();
-  EXPECT_EQ(f.wire->Packet(1), (Bytes{3, 0xA2, 0xA5}));
-  ASSERT_EQ(id.size(), 9u);
-  EXPECT_EQ(id[0], 9);
-  EXPECT_EQ(id[1], 0xA2);
-  EXPECT_EQ(id[2], 0x40);
-  EXPECT_EQ(id[7], '#');
+  std::atomic<bool> stop{false};
+  f.writer.SetStopFlag(&stop);
+  ASSERT_TRUE(ReadWords(f.writer, 31, 0xF2));
+  stop = true;
+  EXPECT_EQ(ReadWords(f.writer, 31, 0xF2).Why(), Fault::Stopped);
+  FinishOperation(f.writer, false);
+  EXPECT_EQ(f.wire->Codes(), (Bytes{0xF2, 0xE6, 0xE4}));
 }
 
-TEST(WriterFrameTest, CommandBufferIsSentWholeAndNeverCleared) {
+TEST(ExchangeTest, CommandBufferIsSentWholeAndNeverCleared) {
   WriterFixture f;
   f.writer.OutputReportData.fill(0x77);
-  f.writer.FinishOperation(true);
+  FinishOperation(f.writer, true);
   const Report& r = f.wire->sent[0];
   EXPECT_EQ(r[0], 0);
   EXPECT_EQ(r[1], 3);
   EXPECT_EQ(r[4], 0x77);
   EXPECT_EQ(r[64], 0x77);
+}
+
+TEST(IdentityCommandsTest, PacketsAndTheDedicatedWriterMark) {
+  WriterFixture f;
+  f.wire->script = {Checked(0xE1), Checked(0xA2, {0x40, 0xE2, 0x01, 0x00, 6, '#'})};
+  EXPECT_EQ(SetWriterId(f.writer, {0x12, 0x34, 0x56, 0x78}), Fault::None);
+  EXPECT_EQ(f.wire->Packet(0), (Bytes{7, 0xA1, 0x12, 0x34, 0x56, 0x78, 0xBC}));
+  const auto id = GetWriterId(f.writer);
+  EXPECT_EQ(f.wire->Packet(1), (Bytes{3, 0xA2, 0xA5}));
+  ASSERT_TRUE(id);
+  ASSERT_EQ(id->size(), 9u);
+  EXPECT_EQ((*id)[0], 9);
+  const auto parsed = ParseWriterId(*id);
+  ASSERT_TRUE(parsed);
+  EXPECT_EQ(parsed->Number, 123456u);
+  EXPECT_FALSE(parsed->Dedicated);
+  for (const auto& [type, marker] : {std::pair<int, int>{5, '#'}, {6, '*'}}) {
+    Bytes other = *id;
+    other[6] = static_cast<std::uint8_t>(type);
+    other[7] = static_cast<std::uint8_t>(marker);
+    EXPECT_TRUE(ParseWriterId(other)->Dedicated) << type << " " << marker;
+  }
+  Bytes badStatus = *id;
+  badStatus[1] = 0xE1;
+  EXPECT_FALSE(ParseWriterId(badStatus));
 }
 
 }  // namespace

@@ -1,0 +1,179 @@
+#include "cli/chip_run.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+
+#include "cli/json.h"
+#include "cli/writer_device.h"
+#include "files/project_file.h"
+#include "ops/connection_monitor.h"
+#include "ops/open_document.h"
+
+namespace lk::cli {
+namespace {
+
+// A signal handler can only reach a flag of static duration: this is the one.
+std::atomic<bool> g_stop{false};
+
+extern "C" void OnInterrupt(int) {
+  g_stop.store(true);
+  std::signal(SIGINT, SIG_DFL);  // the second Ctrl-C ends the program
+}
+
+const char* ResultName(ops::Outcome outcome) {
+  switch (outcome) {
+    case ops::Outcome::Passed: return "passed";
+    case ops::Outcome::Failed: return "failed";
+    case ops::Outcome::NoWriter: return "no writer";
+  }
+  return "failed";
+}
+
+// A link fault that explains a failure better than the failure line alone.
+bool WorthSaying(Fault fault) {
+  switch (fault) {
+    case Fault::Timeout:
+    case Fault::BadFrame:
+    case Fault::Refused:
+    case Fault::Unplugged:
+    case Fault::StillBusy:
+    case Fault::Stopped:
+    case Fault::NotOpen:
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::string VersionText(std::uint32_t version) {
+  return std::to_string(version & 0xFF) + "." + std::to_string((version >> 8) & 0xFF);
+}
+
+struct JsonRecord {
+  std::string command, model, file, result;
+  int exitStatus = 0;
+  std::optional<std::uint32_t> version, id;
+  long durationMs = 0;
+  std::string rollingCode, nextRollingCode;
+};
+
+void PrintJson(const CliHost& host, const JsonRecord& r) {
+  std::string out = "{\"command\":" + JsonString(r.command) + ",\"model\":" + JsonString(r.model) +
+                    ",\"file\":" + (r.file.empty() ? "null" : JsonString(r.file)) +
+                    ",\"log\":" + JsonStringArray(host.LogLines()) +
+                    ",\"messages\":" + JsonStringArray(host.Messages()) +
+                    ",\"errors\":" + JsonStringArray(host.Errors()) +
+                    ",\"result\":" + JsonString(r.result) +
+                    ",\"exit\":" + std::to_string(r.exitStatus) + ",\"writer\":{\"version\":" +
+                    (r.version ? JsonString(VersionText(*r.version)) : "null") +
+                    ",\"id\":" + (r.id ? std::to_string(*r.id) : "null") +
+                    "},\"duration_ms\":" + std::to_string(r.durationMs) +
+                    ",\"rolling\":{\"used\":" +
+                    (r.rollingCode.empty() ? "null" : JsonString(r.rollingCode)) +
+                    ",\"next\":" +
+                    (r.nextRollingCode.empty() ? "null" : JsonString(r.nextRollingCode)) + "}}";
+  std::cout << out << std::endl;
+}
+
+}  // namespace
+
+const std::atomic<bool>& StopRequested() { return g_stop; }
+
+void InstallStopHandler() {
+  g_stop.store(false);
+  std::signal(SIGINT, OnInterrupt);
+}
+
+int ExitStatusOf(ops::Outcome outcome) {
+  switch (outcome) {
+    case ops::Outcome::Passed: return kExitOk;
+    case ops::Outcome::Failed: return kExitFailed;
+    case ops::Outcome::NoWriter: return kExitNoWriter;
+  }
+  return kExitFailed;
+}
+
+int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCommand& command,
+                   const FileLoader& loader) {
+  const auto start = std::chrono::steady_clock::now();
+  CliHost& host = ctx.Ui();
+  host.SetJson(ctx.Options().json);
+  JsonRecord record;
+  record.command = request.command;
+  record.file = request.file.value_or("");
+
+  auto finish = [&](int status, const std::string& result) {
+    host.Flush();
+    record.exitStatus = status;
+    record.result = result;
+    record.durationMs = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                              std::chrono::steady_clock::now() - start)
+                                              .count());
+    if (host.Json()) PrintJson(host, record);
+    return status;
+  };
+  auto refuse = [&](const std::string& why) {
+    host.Error(why);
+    return finish(kExitUsage, "error");
+  };
+
+  Project& project = ctx.CurrentProject();
+  const CliOptions& o = ctx.Options();
+  if (o.chip && project.Chip.Name != *o.chip) {
+    return refuse("unknown chip model \"" + *o.chip + "\" (lkwriter-cli chips lists them)");
+  }
+  if (!project.Chip.Loaded()) return refuse("no chip model could be loaded");
+  if (request.file) {
+    if (loader) {
+      if (const int status = loader(ctx, project, *request.file); status != kExitOk) {
+        return finish(status, "error");
+      }
+    } else {
+      const ops::OpenedDocument doc =
+          ops::OpenDocument(host, ctx.ProgramHome(), project, *request.file);
+      // Nothing the open dispatcher refused or wiped ever goes to the writer.
+      if (const std::string why = ops::RefusalToSend(doc.open, *request.file); !why.empty()) {
+        return refuse(why);
+      }
+    }
+  }
+  record.model = project.Chip.Name;
+
+  std::unique_ptr<Writer> writer = MakeCliWriter(ctx, project.Chip.Name);
+  if (!writer) return finish(kExitUsage, "error");
+  InstallStopHandler();
+  writer->SetStopFlag(&StopRequested());
+
+  // The desktop program's connection monitor asks every writer it finds for its
+  // version, which picks the protocol generation; a command line asks here.
+  if (writer->FindWriter() && writer->OpenWriterHandles()) {
+    const ops::WriterFacts facts = ops::QueryWriter(*writer, host.Json());
+    record.version = facts.Version;
+    record.id = facts.Id;
+    writer->CloseWriter();
+  }
+
+  ops::NullFrameUi ui;
+  ops::Station st{host, ui, ctx.ProgramHome(), project, *writer};
+  const ops::CommandResult result = command(st);
+  writer->SetStopFlag(nullptr);
+  std::signal(SIGINT, SIG_DFL);
+  record.rollingCode = result.rollingCode;
+  record.nextRollingCode = result.nextRollingCode;
+  host.Flush();
+
+  int status = ExitStatusOf(result.outcome);
+  if (result.outcome == ops::Outcome::Failed && WorthSaying(result.fault)) {
+    host.Error(writer->LastFaultText());
+  }
+  if (status == kExitOk && !request.output.empty()) {
+    const SaveResult saved = SaveProject(host, ctx.ProgramHome(), project, request.output);
+    if (!saved.saved) status = kExitUsage;
+  }
+  return finish(status, ResultName(result.outcome));
+}
+
+}  // namespace lk::cli

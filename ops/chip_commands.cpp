@@ -1,0 +1,150 @@
+#include "ops/chip_commands.h"
+
+#include "core/image.h"
+#include "core/model_quirks.h"
+#include "link/eedata_commands.h"
+#include "link/exchange.h"
+#include "link/protocol.h"
+#include "ops/frame.h"
+
+namespace lk::ops {
+
+void LogVerifyFailure(Host& host, const VerifyResult& result, bool overwriteLast) {
+  if (overwriteLast) {
+    host.ReplaceLastLog("Verify Fail!");
+  } else {
+    host.Log("Verify Fail!");
+  }
+  host.Log("Data Address:" + result.Address);
+  host.Log("File Data:" + result.FileData);
+  host.Log("MCU Data:" + result.ChipData);
+}
+
+CommandResult BlankCheck(Station& st) {
+  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+    // The writer runs the blank check (or the erase) and answers when it is done.
+    const std::string caption = GetBlankEraseCaptions(st.project.Chip).OpCaption;
+    if (WaitWriterReady(st.writer) != Fault::None) {
+      FinishOperation(st.writer, false);
+      st.host.Log(caption + " Fail!");
+      return false;
+    }
+    st.host.Log(caption + " OK!");
+    FinishOperation(st.writer, true);
+    return true;
+  });
+}
+
+CommandResult Program(Station& st) {
+  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult& result) {
+    Writer& w = st.writer;
+    const ChipParams& chip = st.project.Chip;
+    const auto roll = RollingSettingsFor(st);
+    if (const Fault f = ProgramRom(w, chip, roll ? &*roll : nullptr); f != Fault::None) {
+      ShowStepMessage(st, f);
+      FinishOperation(w, false);
+      st.host.Log("Program Fail!");
+      return false;
+    }
+    st.host.Log("Program OK!");
+    st.ui.PumpEvents();
+    NextStep(w);
+    if (ProgramConfig(w, chip) != Fault::None) {
+      FinishOperation(w, false);
+      st.host.Log("Config Fail!");
+      return false;
+    }
+    st.host.Log("Config OK!");
+    st.ui.PumpEvents();
+    FinishOperation(w, true);
+    // The command has reported success; what the advance does or shows is its own.
+    AdvanceRolling(st, result);
+    return true;
+  });
+}
+
+CommandResult Verify(Station& st) {
+  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+    Writer& w = st.writer;
+    const ChipParams& chip = st.project.Chip;
+    if (VerifyChecksConfigFirst(chip)) {
+      // These chips carry a "programmed" mark in bit 1 of configuration word 1: a chip
+      // without it is not compared at all. The line comes before the end of the session.
+      const auto config = ReadWords(w, chip.ConfigLength, proto::kReadConfig);
+      if (!config || config->size() < 2 || ((*config)[1] & 0x2) == 0) {
+        st.host.Log("Verify Fail!");
+        FinishOperation(w, false);
+        return false;
+      }
+    }
+    NextStep(w);
+    const auto roll = RollingSettingsFor(st);
+    const VerifyResult rom = VerifyRom(w, chip, roll ? &*roll : nullptr);
+    if (rom.Status == 1) {
+      ShowStepMessage(st, rom.Why);
+      FinishOperation(w, false);
+      st.host.Log("Verify Fail!");
+      return false;
+    }
+    if (!rom.Pass) {
+      FinishOperation(w, false);
+      LogVerifyFailure(st.host, rom, false);
+      return false;
+    }
+    NextStep(w);
+    const VerifyResult config = VerifyConfig(w, chip);
+    if (!config.Pass) {
+      FinishOperation(w, false);
+      // Over the last line: nothing has been written in this command yet, so the log is
+      // empty and the line is appended.
+      LogVerifyFailure(st.host, config, true);
+      return false;
+    }
+    st.host.Log("Verify OK!");
+    st.ui.PumpEvents();
+    FinishOperation(w, true);
+    return true;
+  });
+}
+
+CommandResult Read(Station& st) {
+  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+    Writer& w = st.writer;
+    ChipParams& chip = st.project.Chip;
+    const auto rom = ReadRom(w, chip);
+    if (!rom) {
+      FinishOperation(w, false);
+      st.host.Log("Read Eedata Fail!");  // the program memory read failed; the text is kept
+      return false;
+    }
+    chip.RomWords = *rom;
+    // Whatever the configuration and EEDATA reads give is taken; a read that got no
+    // answer at all leaves those words as they were.
+    NextStep(w);
+    if (const auto config = ReadWords(w, chip.ConfigLength, proto::kReadConfig)) {
+      for (std::size_t i = 0; i < config->size() && i < chip.ConfigWords.size(); ++i) {
+        chip.ConfigWords[i] = (*config)[i];
+      }
+    }
+    NextStep(w);
+    if (chip.EeSize > 0) {
+      if (auto ee = ReadEedata(w, chip)) chip.EeBytes = std::move(*ee);
+    }
+    // The EEDATA window is looked for under a name that differs from its own in letter
+    // case, so it is never refreshed here; the comparison is kept as it always was.
+    for (const std::string& name : st.ui.OpenWindowNames()) {
+      if (name == "Frmeedata") {
+        st.ui.RefreshEedataView();
+        break;
+      }
+    }
+    st.host.Log("Read OK!");
+    st.host.Log("CheckSum In IC is " + ChipChecksumText(chip));
+    st.ui.RefreshDocument();
+    st.ui.RefreshConfigDisplay();
+    FinishOperation(w, true);
+    return true;
+  });
+}
+
+}  // namespace lk::ops

@@ -1,0 +1,92 @@
+#include "ops/eedata_operations.h"
+
+#include "link/eedata_commands.h"
+#include "link/exchange.h"
+#include "ops/frame.h"
+
+namespace lk::ops {
+namespace {
+
+// Find, open, check the chip and that it has EEDATA; then `transfer`, then release the
+// link. The window is held as for every chip command.
+CommandResult RunEedata(Station& st, const EedataReport& report,
+                        const std::function<bool()>& transfer) {
+  Writer& w = st.writer;
+  CommandResult result;
+  HoldWindow(st);
+  if (!w.FindWriter() || !w.OpenWriterHandles()) {
+    report(WriterNotFoundLine(st.project.Chip.Name, false));
+    result.outcome = Outcome::NoWriter;
+    ReleaseWindow(st);
+    return result;
+  }
+  w.WaitMs(50);
+  bool passed = false;
+  if (!CheckAndPrepareChip(st)) {
+    // Here the line comes before the end of the session.
+    report("MCU Type Error!");
+    FinishOperation(w, false);
+  } else {
+    w.WaitMs(50);
+    if (st.project.Chip.EeSize < 1) {
+      st.host.Message(Icon::Information, "该芯片没有内部Eedata！", kAppTitle);
+      FinishOperation(w, false);
+    } else {
+      passed = transfer();
+    }
+  }
+  result.outcome = passed ? Outcome::Passed : Outcome::Failed;
+  if (!passed) result.fault = w.LastFault();
+  w.CloseWriter();
+  ReleaseWindow(st);
+  return result;
+}
+
+}  // namespace
+
+CommandResult WriteEedataToChip(Station& st, const EedataReport& report) {
+  return RunEedata(st, report, [&] {
+    Writer& w = st.writer;
+    const ChipParams& chip = st.project.Chip;
+    bool ok = PrepareEedata(w) == Fault::None;
+    if (ok) {
+      w.WaitMs(50);
+      ReturnToIdle(w);
+      w.WaitMs(50);
+      ok = ProgramEedata(w, chip) == Fault::None;
+    }
+    if (ok) {
+      w.WaitMs(50);
+      ReturnToIdle(w);
+      w.WaitMs(50);
+      ok = VerifyEedata(w, chip).Pass;
+    }
+    if (!ok) {
+      report("Write Eedata Error!");
+      FinishOperation(w, false);
+      return false;
+    }
+    report("Write Eedata OK!");
+    w.WaitMs(50);
+    FinishOperation(w, true);
+    return true;
+  });
+}
+
+CommandResult ReadEedataFromChip(Station& st, const EedataReport& report) {
+  return RunEedata(st, report, [&] {
+    auto bytes = ReadEedata(st.writer, st.project.Chip);
+    if (!bytes) {
+      report("Read Eedata Error!");
+      FinishOperation(st.writer, false);
+      return false;
+    }
+    st.project.Chip.EeBytes = std::move(*bytes);
+    st.ui.RefreshEedataView();
+    report("Read Eedata OK!");
+    FinishOperation(st.writer, true);
+    return true;
+  });
+}
+
+}  // namespace lk::ops

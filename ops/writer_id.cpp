@@ -1,0 +1,114 @@
+#include "ops/writer_id.h"
+
+#include "core/profile.h"
+#include "link/exchange.h"
+#include "link/identity_commands.h"
+#include "link/protocol.h"
+
+namespace lk::ops {
+namespace {
+
+constexpr const char* kNotConnected = "烧录器未连接！";
+
+void Inform(Host& host, const std::string& text) {
+  host.Message(Icon::Information, text, kAppTitle);
+}
+
+}  // namespace
+
+std::string PaddedWriterId(std::uint64_t number, int width) {
+  const std::string text = std::string(static_cast<std::size_t>(width), '0') + std::to_string(number);
+  return text.substr(text.size() - static_cast<std::size_t>(width));
+}
+
+std::string StoredWriterIdText(Host& host, const Home& home) {
+  const std::string stored = GetValue(host, home.DataDat(), "Setting", "ID");
+  // Only the leading digits count, as the number field has always read them.
+  std::uint64_t number = 0;
+  for (char c : stored) {
+    if (c < '0' || c > '9' || number > 0xFFFFFFFFull) break;
+    number = number * 10 + static_cast<std::uint64_t>(c - '0');
+  }
+  return PaddedWriterId(number, 6);
+}
+
+std::optional<std::uint32_t> ParseWriterIdText(const std::string& text) {
+  if (text.empty() || text.size() > 20) return std::nullopt;
+  std::uint64_t number = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') return std::nullopt;
+    number = number * 10 + static_cast<std::uint64_t>(c - '0');
+    if (number > 0xFFFFFFFFull) return std::nullopt;
+  }
+  return static_cast<std::uint32_t>(number);
+}
+
+WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
+  Writer& w = st.writer;
+  WriterIdSet result;
+  if (!w.FindWriter() || !w.OpenWriterHandles()) {
+    Inform(st.host, kNotConnected);
+    result.outcome = Outcome::NoWriter;
+    return result;
+  }
+  st.ui.PauseMonitor();
+  const std::array<std::uint8_t, 4> bytes = {
+      static_cast<std::uint8_t>(id), static_cast<std::uint8_t>(id >> 8),
+      static_cast<std::uint8_t>(id >> 16), static_cast<std::uint8_t>(id >> 24)};
+  bool same = SetWriterId(w, bytes) == Fault::None;
+  if (same) {
+    const auto answer = GetWriterId(w);
+    same = answer && answer->size() >= 6 && (*answer)[1] == proto::kIdStatus;
+    for (int i = 0; same && i < 4; ++i) same = (*answer)[2 + i] == bytes[i];
+  }
+  if (!same) {
+    FinishOperation(w, false);
+    Inform(st.host, "烧录器ID设置失败！");
+    w.CloseWriter();
+    st.ui.ResumeMonitor();
+    return result;
+  }
+  Inform(st.host, "设置成功！\r\n烧录器ID为：" + std::to_string(id));
+  if (increment) {
+    const std::uint64_t next = std::uint64_t{id} + 1;
+    result.nextText = PaddedWriterId(next, 8);
+    WriteValue(st.host, st.home.DataDat(), "Setting", "ID", std::to_string(next));
+  }
+  FinishOperation(w, true);
+  w.CloseWriter();
+  st.ui.ResumeMonitor();
+  result.outcome = Outcome::Passed;
+  return result;
+}
+
+Outcome ReadWriterIdentifier(Station& st) {
+  Writer& w = st.writer;
+  if (!w.FindWriter()) {
+    Inform(st.host, kNotConnected);
+    return Outcome::NoWriter;
+  }
+  st.ui.PauseMonitor();
+  if (!w.OpenWriterHandles()) {
+    Inform(st.host, kNotConnected);
+    st.ui.ResumeMonitor();
+    return Outcome::NoWriter;
+  }
+  const auto answer = GetWriterId(w);
+  Outcome outcome = Outcome::Failed;
+  if (!answer || answer->size() < 4 || (*answer)[1] != proto::kIdStatus) {
+    Inform(st.host, "读取错误！");
+    FinishOperation(w, false);
+  } else {
+    // Only the two lowest bytes are shown, whatever was set.
+    const unsigned number = (*answer)[2] + 256u * (*answer)[3];
+    Inform(st.host, "读取完成！\r\n烧录器ID：" + PaddedWriterId(number, 6));
+    FinishOperation(w, true);
+    w.WaitMs(50);
+    outcome = Outcome::Passed;
+  }
+  w.CloseWriter();
+  st.ui.ResumeMonitor();
+  return outcome;
+}
+
+}  // namespace lk::ops
