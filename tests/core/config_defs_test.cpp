@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "core/chip_database.h"
+#include "core/config_rules.h"
+#include "core/session.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_dir.h"
 
@@ -98,19 +101,62 @@ TEST(ConfigDefsTest, MissingFileGivesMessageAndNoRows) {
             "File: \"" + (dir / "cfg" / "NOPE.cfg").string() + "\" Not Found!");
 }
 
-// The shipped definitions decode the shipped defaults of their chips completely.
-TEST(ShippedDefinitionsTest, EveryOptionHasACurrentValue) {
+// Every model of the shipped chip database has definitions that fit its words. Each
+// choice names bits inside the words and the word width, shared with no other choice
+// option, and reads back as itself once applied; each field has LENTH bits inside the
+// width; the default words (as loaded, as at start-up, as the default button makes
+// them) decode to a choice of every option.
+TEST(ShippedDefinitionsTest, EveryModelDecodesItsDefaults) {
   RecordingHost host;
   const Home home(LK_SOURCE_DIR);
-  for (const char* model :
-       {"LK3PW89", "LK3PS89", "LK3P7674", "QVM50F96B", "QVM50P99", "LK8F16E1", "LK8P32A3"}) {
-    const auto list = GetSections(host, home.ConfigDefinitions(model));
-    ChipParams chip;
-    chip.Name = model;
-    chip.ConfigWords = {0x3FFF, 0x3FFF, 0x3FFF, 0x3FFF};
-    const auto rows = ShowConfigOptions(host, home, chip);
-    EXPECT_EQ(rows.size() + 1, list.size()) << model;
-    for (const auto& row : rows) EXPECT_FALSE(row.Value.empty()) << model << ": " << row.Option;
+  const std::vector<std::string> models = ListModels(host, home);
+  ASSERT_FALSE(models.empty());
+  for (const std::string& model : models) {
+    SCOPED_TRACE(model);
+    const ChipParams chip = LoadChipParams(host, home, model);
+    ASSERT_EQ(chip.Name, model);
+    const std::size_t n = chip.ConfigWords.size();
+    const std::pair<const char*, Words> defaults[] = {
+        {"loaded", chip.ConfigWords},
+        {"start-up", LoadStartupChip(host, home, model).ConfigWords},
+        {"default button",
+         ApplyConfigRules(host, home, chip.Name, chip.Prod, Words(n, chip.HexMcu))}};
+    const auto file = home.ConfigDefinitions(model);
+    const ProfileList options = GetSections(host, file);
+    EXPECT_GT(options.size(), 1u);
+    for (const auto& [when, words] : defaults) {
+      const auto rows = DecodeConfigOptions(host, file, words);
+      ASSERT_EQ(rows.size() + 1, options.size());  // no section ends the list early
+      for (const auto& row : rows) EXPECT_NE(row.Value, "") << row.Option << ", " << when;
+    }
+    EXPECT_TRUE(CheckConfigCombination(host, home, chip));
+    Words used(n, 0);  // bits named by the choice options so far
+    for (std::size_t s = 1; s < options.size(); ++s) {
+      SCOPED_TRACE(options[s]);
+      const ProfileList lines = GetSectionLines(host, file, options[s]);
+      ASSERT_EQ(ProfileKey(lines[1]), "LENTH");
+      const std::string width = ProfileValue(lines[1]);
+      if (width != "1") {
+        const std::string dat = GetValue(host, file, options[s], "DAT");
+        EXPECT_EQ(FieldBinary(dat, Words(n, chip.HexMcu)), std::string(std::stoul(width), '1'));
+        continue;
+      }
+      Words named(n, 0);  // the bits this option's choices name
+      for (std::size_t i = 2; i < lines.size(); ++i) {
+        const std::string label = ProfileKey(lines[i]);
+        Words set(n, 0), cleared(n, 0xFFFF), chosen = chip.ConfigWords;
+        ASSERT_TRUE(ApplyChoiceItems(ProfileValue(lines[i]), set)) << label;
+        ApplyChoiceItems(ProfileValue(lines[i]), cleared);
+        for (std::size_t w = 0; w < n; ++w) named[w] |= set[w] | (cleared[w] ^ 0xFFFF);
+        ASSERT_TRUE(ApplyConfigChoice(host, file, options[s], label, chosen));
+        EXPECT_EQ(CurrentChoice(lines, chosen), label);
+      }
+      for (std::size_t w = 0; w < n; ++w) {
+        EXPECT_EQ(named[w] & ~chip.HexMcu, 0) << "word " << w;
+        EXPECT_EQ(named[w] & used[w], 0) << "word " << w << " shared with another option";
+        used[w] |= named[w];
+      }
+    }
   }
   EXPECT_TRUE(host.messages.empty());
 }
