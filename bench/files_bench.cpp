@@ -97,7 +97,7 @@ int main(int argc, char** argv) {
     const lk::SaveResult saved =
         lk::SaveProject(host, home, project, (dir / "image.lkx").string());
     auto t1 = Clock::now();
-    if (!opened.opened || shown.empty() || !saved.saved || !saved.reopened.opened) {
+    if (!opened.Opened || shown.empty() || !saved.Saved || !saved.Reopened.Opened) {
       std::cerr << "our cycle failed\n";
       return 1;
     }

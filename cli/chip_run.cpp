@@ -53,28 +53,28 @@ std::string VersionText(std::uint32_t version) {
 }
 
 struct JsonRecord {
-  std::string command, model, file, result;
-  int exitStatus = 0;
-  std::optional<std::uint32_t> version, id;
-  long durationMs = 0;
-  std::string rollingCode, nextRollingCode;
+  std::string Command, Model, File, Result;
+  int ExitStatus = 0;
+  std::optional<std::uint32_t> Version, Id;
+  long DurationMs = 0;
+  std::string RollingCode, NextRollingCode;
 };
 
 void PrintJson(const CliHost& host, const JsonRecord& r) {
-  std::string out = "{\"command\":" + JsonString(r.command) + ",\"model\":" + JsonString(r.model) +
-                    ",\"file\":" + (r.file.empty() ? "null" : JsonString(r.file)) +
+  std::string out = "{\"command\":" + JsonString(r.Command) + ",\"model\":" + JsonString(r.Model) +
+                    ",\"file\":" + (r.File.empty() ? "null" : JsonString(r.File)) +
                     ",\"log\":" + JsonStringArray(host.LogLines()) +
                     ",\"messages\":" + JsonStringArray(host.Messages()) +
                     ",\"errors\":" + JsonStringArray(host.Errors()) +
-                    ",\"result\":" + JsonString(r.result) +
-                    ",\"exit\":" + std::to_string(r.exitStatus) + ",\"writer\":{\"version\":" +
-                    (r.version ? JsonString(VersionText(*r.version)) : "null") +
-                    ",\"id\":" + (r.id ? std::to_string(*r.id) : "null") +
-                    "},\"duration_ms\":" + std::to_string(r.durationMs) +
+                    ",\"result\":" + JsonString(r.Result) +
+                    ",\"exit\":" + std::to_string(r.ExitStatus) + ",\"writer\":{\"version\":" +
+                    (r.Version ? JsonString(VersionText(*r.Version)) : "null") +
+                    ",\"id\":" + (r.Id ? std::to_string(*r.Id) : "null") +
+                    "},\"duration_ms\":" + std::to_string(r.DurationMs) +
                     ",\"rolling\":{\"used\":" +
-                    (r.rollingCode.empty() ? "null" : JsonString(r.rollingCode)) +
+                    (r.RollingCode.empty() ? "null" : JsonString(r.RollingCode)) +
                     ",\"next\":" +
-                    (r.nextRollingCode.empty() ? "null" : JsonString(r.nextRollingCode)) + "}}";
+                    (r.NextRollingCode.empty() ? "null" : JsonString(r.NextRollingCode)) + "}}";
   std::cout << out << std::endl;
 }
 
@@ -102,14 +102,14 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   CliHost& host = ctx.Ui();
   host.SetJson(ctx.Options().json);
   JsonRecord record;
-  record.command = request.command;
-  record.file = request.file.value_or("");
+  record.Command = request.Command;
+  record.File = request.File.value_or("");
 
   auto finish = [&](int status, const std::string& result) {
     host.Flush();
-    record.exitStatus = status;
-    record.result = result;
-    record.durationMs = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(
+    record.ExitStatus = status;
+    record.Result = result;
+    record.DurationMs = static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(
                                               std::chrono::steady_clock::now() - start)
                                               .count());
     if (host.Json()) PrintJson(host, record);
@@ -126,21 +126,21 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
     return refuse("unknown chip model \"" + *o.chip + "\" (lkwriter-cli chips lists them)");
   }
   if (!project.Chip.Loaded()) return refuse("no chip model could be loaded");
-  if (request.file) {
+  if (request.File) {
     if (loader) {
-      if (const int status = loader(ctx, project, *request.file); status != kExitOk) {
+      if (const int status = loader(ctx, project, *request.File); status != kExitOk) {
         return finish(status, "error");
       }
     } else {
       const ops::OpenedDocument doc =
-          ops::OpenDocument(host, ctx.ProgramHome(), project, *request.file);
+          ops::OpenDocument(host, ctx.ProgramHome(), project, *request.File);
       // Nothing the open dispatcher refused or wiped ever goes to the writer.
-      if (const std::string why = ops::RefusalToSend(doc.open, *request.file); !why.empty()) {
+      if (const std::string why = ops::RefusalToSend(doc.Open, *request.File); !why.empty()) {
         return refuse(why);
       }
     }
   }
-  record.model = project.Chip.Name;
+  record.Model = project.Chip.Name;
 
   std::unique_ptr<Writer> writer = MakeCliWriter(ctx, project.Chip.Name);
   if (!writer) return finish(kExitUsage, "error");
@@ -151,8 +151,8 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   // version, which picks the protocol generation; a command line asks here.
   if (writer->FindWriter() && writer->OpenWriterHandles()) {
     const ops::WriterFacts facts = ops::QueryWriter(*writer, host.Json());
-    record.version = facts.Version;
-    record.id = facts.Id;
+    record.Version = facts.Version;
+    record.Id = facts.Id;
     writer->CloseWriter();
   }
 
@@ -161,19 +161,19 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   const ops::CommandResult result = command(st);
   writer->SetStopFlag(nullptr);
   std::signal(SIGINT, SIG_DFL);
-  record.rollingCode = result.rollingCode;
-  record.nextRollingCode = result.nextRollingCode;
+  record.RollingCode = result.RollingCode;
+  record.NextRollingCode = result.NextRollingCode;
   host.Flush();
 
-  int status = ExitStatusOf(result.outcome);
-  if (result.outcome == ops::Outcome::Failed && WorthSaying(result.fault)) {
+  int status = ExitStatusOf(result.Verdict);
+  if (result.Verdict == ops::Outcome::Failed && WorthSaying(result.Why)) {
     host.Error(writer->LastFaultText());
   }
-  if (status == kExitOk && !request.output.empty()) {
-    const SaveResult saved = SaveProject(host, ctx.ProgramHome(), project, request.output);
-    if (!saved.saved) status = kExitUsage;
+  if (status == kExitOk && !request.Output.empty()) {
+    const SaveResult saved = SaveProject(host, ctx.ProgramHome(), project, request.Output);
+    if (!saved.Saved) status = kExitUsage;
   }
-  return finish(status, ResultName(result.outcome));
+  return finish(status, ResultName(result.Verdict));
 }
 
 }  // namespace lk::cli

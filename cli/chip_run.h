@@ -18,11 +18,11 @@ namespace lk::cli {
 
 struct ChipRunRequest {
   explicit ChipRunRequest(std::string name, std::optional<std::string> path = std::nullopt)
-      : command(std::move(name)), file(std::move(path)) {}
+      : Command(std::move(name)), File(std::move(path)) {}
 
-  std::string command;              // the subcommand's name, for the JSON record
-  std::optional<std::string> file;  // FILE, opened through the open dispatcher
-  std::string output;               // -o OUT.lkx: the project saved after a passed run
+  std::string Command;              // the subcommand's name, for the JSON record
+  std::optional<std::string> File;  // FILE, opened through the open dispatcher
+  std::string Output;               // -o OUT.lkx: the project saved after a passed run
 };
 
 // What the command does once the project is ready and the writer is on hand: runs the

@@ -31,7 +31,7 @@ void AddChipCommand(CLI::App& app, CliContext*& context, int& exitCode, const st
   }
   sub->callback([&context, &exitCode, args, name, withFile, run] {
     ChipRunRequest request(name);
-    if (withFile) request.file = args->file;
+    if (withFile) request.File = args->file;
     exitCode = RunChipCommand(*context, request, run);
   });
 }
@@ -59,7 +59,7 @@ void AddChipCommands(CLI::App& app, CliContext*& context, int& exitCode) {
   read->add_option("-o,--output", readArgs->output, "save what was read as the project OUT.lkx");
   read->callback([&context, &exitCode, readArgs] {
     ChipRunRequest request("read");
-    request.output = readArgs->output;
+    request.Output = readArgs->output;
     exitCode = RunChipCommand(*context, request, ops::Read);
   });
 

@@ -131,7 +131,7 @@ int RunOptions(CliContext& ctx, const std::string& file) {
   }
   if (!file.empty()) {
     const OpenResult opened = OpenPath(host, ctx.ProgramHome(), project, file);
-    if (!opened.opened) return kExitUsage;
+    if (!opened.Opened) return kExitUsage;
   }
   std::error_code ec;
   const bool haveDefinitions =

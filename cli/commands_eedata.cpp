@@ -30,7 +30,7 @@ int LoadEedataSource(CliContext& ctx, Project& project, const std::string& file)
                                                                                    : kExitUsage;
   }
   const ops::OpenedDocument doc = ops::OpenDocument(host, ctx.ProgramHome(), project, file);
-  if (const std::string why = ops::RefusalToSend(doc.open, file); !why.empty()) {
+  if (const std::string why = ops::RefusalToSend(doc.Open, file); !why.empty()) {
     host.Error(why);
     return kExitUsage;
   }
@@ -52,12 +52,12 @@ void AddEedataCommands(CLI::App& app, CliContext*& context, int& exitCode) {
                    "save the project with the EEDATA read as OUT.lkx (it then carries EEDATA)");
   read->callback([&context, &exitCode, output] {
     ChipRunRequest request("eedata-read");
-    request.output = *output;
+    request.Output = *output;
     exitCode = RunChipCommand(*context, request, [out = *output](ops::Station& st) {
       const auto result =
           ops::ReadEedataFromChip(st, [&st](const std::string& line) { st.host.Log(line); });
       // A project saved from this read is meant to carry what was read.
-      if (result.outcome == ops::Outcome::Passed && !out.empty()) {
+      if (result.Verdict == ops::Outcome::Passed && !out.empty()) {
         st.project.Chip.EeFlag = kEeFlagPresent;
       }
       return result;

@@ -31,8 +31,8 @@ int OpenForCommand(CliContext& ctx, const std::string& file, OpenResult& result)
     return kExitUsage;
   }
   result = OpenPath(ctx.Ui(), ctx.ProgramHome(), project, file);
-  if (!result.opened) return kExitUsage;
-  return result.reservedWiped ? kExitFailed : kExitOk;
+  if (!result.Opened) return kExitUsage;
+  return result.ReservedWiped ? kExitFailed : kExitOk;
 }
 
 int RunShow(CliContext& ctx, const std::string& file) {
@@ -41,7 +41,7 @@ int RunShow(CliContext& ctx, const std::string& file) {
   if (status == kExitUsage) return status;
   const ChipParams& chip = ctx.CurrentProject().Chip;
   std::cout << "Model:" << chip.Name << "\n"
-            << result.checksumText << "\n"
+            << result.ChecksumText << "\n"
             << "Config:" << ConfigWordsText(chip) << "\n"
             << WithLineFeeds(HexText(chip)) << "\n";
   std::cout.flush();
@@ -54,9 +54,9 @@ int RunConvert(CliContext& ctx, const std::string& in, const std::string& out) {
   // A wiped image is not what IN holds: nothing is written.
   if (status != kExitOk) return status;
   const SaveResult saved = SaveProject(ctx.Ui(), ctx.ProgramHome(), ctx.CurrentProject(), out);
-  if (!saved.saved) return kExitUsage;
+  if (!saved.Saved) return kExitUsage;
   // The written file did not reopen (a program area that is not whole lines of eight).
-  return saved.reopened.opened ? kExitOk : kExitFailed;
+  return saved.Reopened.Opened ? kExitOk : kExitFailed;
 }
 
 }  // namespace

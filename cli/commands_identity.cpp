@@ -30,7 +30,7 @@ void AddIdentityCommands(CLI::App& app, CliContext*& context, int& exitCode) {
     const bool increment = args->increment;
     exitCode = RunChipCommand(*context, ChipRunRequest("id-set"), [&](ops::Station& st) {
       ops::CommandResult result;
-      result.outcome = ops::SetWriterIdentifier(st, *id, increment).outcome;
+      result.Verdict = ops::SetWriterIdentifier(st, *id, increment).Verdict;
       return result;
     });
   });
@@ -39,7 +39,7 @@ void AddIdentityCommands(CLI::App& app, CliContext*& context, int& exitCode) {
   get->callback([&context, &exitCode] {
     exitCode = RunChipCommand(*context, ChipRunRequest("id-get"), [](ops::Station& st) {
       ops::CommandResult result;
-      result.outcome = ops::ReadWriterIdentifier(st);
+      result.Verdict = ops::ReadWriterIdentifier(st);
       return result;
     });
   });

@@ -26,11 +26,11 @@ int Probe(CliContext& context) {
   ops::WatchedFile none;
   const ops::TickResult tick = ops::MonitorTick(host, *writer, state, none);
   host.Flush();
-  if (!tick.arrived) {
+  if (!tick.Arrived) {
     std::cout << kNoDevice << std::endl;
     return kExitNoWriter;
   }
-  if (!tick.arrived->Version) {
+  if (!tick.Arrived->Version) {
     host.Error("the writer did not give its version: " + writer->LastFaultText());
     return kExitFailed;
   }
@@ -50,7 +50,7 @@ int Watch(CliContext& context, bool once, const std::optional<std::string>& file
   Project& project = context.CurrentProject();
   ops::WatchedFile watched;
   if (file) {
-    if (!ops::OpenDocument(host, context.ProgramHome(), project, *file).open.opened) {
+    if (!ops::OpenDocument(host, context.ProgramHome(), project, *file).Open.Opened) {
       return kExitUsage;
     }
     watched.Path = *file;
@@ -70,7 +70,7 @@ int Watch(CliContext& context, bool once, const std::optional<std::string>& file
       shownStatus = host.StatusText(4);
       std::cout << shownStatus << std::endl;
     }
-    if (tick.reload) {
+    if (tick.Reload) {
       ops::OpenDocument(host, context.ProgramHome(), project, watched.Path);
       host.Flush();
     }

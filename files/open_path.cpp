@@ -61,9 +61,9 @@ std::string FileTitleOf(const std::string& path) {
 OpenResult DescribeImage(const Project& project) {
   const ChipParams& chip = project.Chip;
   OpenResult result;
-  result.checksumText = ChecksumText(ProgramChecksum(chip));
-  result.refreshConfig = true;
-  result.showEedata = chip.EeFlag == kEeFlagPresent && chip.EeSize >= 1;
+  result.ChecksumText = ChecksumText(ProgramChecksum(chip));
+  result.RefreshConfig = true;
+  result.ShowEedata = chip.EeFlag == kEeFlagPresent && chip.EeSize >= 1;
   return result;
 }
 
@@ -97,7 +97,7 @@ OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::s
     if (!reader(host, home, project.Chip, path)) {
       host.Message(Icon::Information, "Open File Error!", kAppTitle);
       OpenResult refused;
-      refused.fileModifyStatus = modified;
+      refused.FileModifyStatus = modified;
       return refused;
     }
     loaded = true;
@@ -105,18 +105,18 @@ OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::s
 
   const bool wiped = CheckReservedAddresses(host, project);
   OpenResult result = DescribeImage(project);
-  result.opened = true;
-  result.imageLoaded = loaded;
-  result.reservedWiped = wiped;
-  result.fileModifyStatus = modified;
-  host.Status(2, result.checksumText);
+  result.Opened = true;
+  result.ImageLoaded = loaded;
+  result.ReservedWiped = wiped;
+  result.FileModifyStatus = modified;
+  host.Status(2, result.ChecksumText);
 
-  result.rollSettingsPath = RollSettingsPath(project.ProjectPath);
-  if (std::filesystem::is_regular_file(result.rollSettingsPath, ec)) {
-    result.showRollDialog = true;
+  result.RollSettingsPath = RollSettingsPath(project.ProjectPath);
+  if (std::filesystem::is_regular_file(result.RollSettingsPath, ec)) {
+    result.ShowRollDialog = true;
   } else {
-    result.rollingStatus = "Rolling Code:Disable";
-    host.Status(1, result.rollingStatus);
+    result.RollingStatus = "Rolling Code:Disable";
+    host.Status(1, result.RollingStatus);
   }
   return result;
 }

@@ -18,19 +18,19 @@ struct OpenResult {
   // The image and the checksum below are then current. The texts of the two document
   // windows are not built here: they follow from the image (HexText, EedataHexText),
   // and only a caller that shows them pays for them.
-  bool opened = false;
+  bool Opened = false;
   // A reader loaded an image (false for unknown endings such as ".txt").
-  bool imageLoaded = false;
+  bool ImageLoaded = false;
   // The reserved-word check refused the program and wiped the image.
-  bool reservedWiped = false;
+  bool ReservedWiped = false;
 
-  std::string checksumText;  // "Checksum:XXXX"
-  bool refreshConfig = false;  // the configuration display must be rebuilt
-  bool showEedata = false;     // the EEDATA view must be redrawn
-  bool showRollDialog = false;  // a settings file exists beside the project
-  std::filesystem::path rollSettingsPath;
-  std::string fileModifyStatus;  // status panel 3, also set through the Host
-  std::string rollingStatus;     // status panel 1 when there is no settings file
+  std::string ChecksumText;  // "Checksum:XXXX"
+  bool RefreshConfig = false;  // the configuration display must be rebuilt
+  bool ShowEedata = false;     // the EEDATA view must be redrawn
+  bool ShowRollDialog = false;  // a settings file exists beside the project
+  std::filesystem::path RollSettingsPath;
+  std::string FileModifyStatus;  // status panel 3, also set through the Host
+  std::string RollingStatus;     // status panel 1 when there is no settings file
 };
 
 // Opens path into project. Reports "File: "…" Not Found!" for a missing file and "Open

@@ -151,16 +151,16 @@ std::string ProjectSavePath(const std::string& chosenName) {
 SaveResult SaveProject(Host& host, const Home& home, Project& project,
                        const std::string& chosenName) {
   SaveResult result;
-  result.path = ProjectSavePath(chosenName);
-  if (result.path.empty()) return result;
+  result.Path = ProjectSavePath(chosenName);
+  if (result.Path.empty()) return result;
   const std::string bytes = BuildProjectBytes(project.Chip, HexText(project.Chip));
   std::string error;
-  if (!WriteFileAtomically(result.path, bytes, error)) {
+  if (!WriteFileAtomically(result.Path, bytes, error)) {
     host.Message(Icon::Critical, "Save File Error! " + error, kAppTitle);
     return result;
   }
-  result.saved = true;
-  result.reopened = OpenPath(host, home, project, result.path);
+  result.Saved = true;
+  result.Reopened = OpenPath(host, home, project, result.Path);
   return result;
 }
 

@@ -35,9 +35,9 @@ std::string BuildProjectBytes(const ChipParams& chip, const std::string& hexText
 std::string ProjectSavePath(const std::string& chosenName);
 
 struct SaveResult {
-  bool saved = false;   // the file was written
-  std::string path;     // the path written
-  OpenResult reopened;  // the reopen through OpenPath
+  bool Saved = false;   // the file was written
+  std::string Path;     // the path written
+  OpenResult Reopened;  // the reopen through OpenPath
 };
 
 // Writes the project file (atomically: a failed write shows a message and the old file

@@ -182,7 +182,7 @@ bool OpenPathTarget(const std::uint8_t* data, std::size_t size) {
   const OpenResult result = OpenPath(host, env.home(), project, path.string());
   std::error_code ec;
   fs::remove(path, ec);  // the next ending must not find this one's file
-  return result.opened && result.imageLoaded;
+  return result.Opened && result.ImageLoaded;
 }
 
 // Every reader of the profile format, then a write into the same file.

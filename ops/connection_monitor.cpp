@@ -41,7 +41,7 @@ TickResult MonitorTick(Host& host, Writer& writer, MonitorState& state, WatchedF
     host.Status(4, "Device Connected");
     if (!state.WriterConnected && writer.OpenWriterHandles()) {
       const WriterFacts facts = QueryWriter(writer, true);
-      result.arrived = facts;
+      result.Arrived = facts;
       if (facts.Version) host.Log(ConnectedLine(*facts.Version));
       if (!facts.Id) {
         host.Message(Icon::Information, "读取错误！", kAppTitle);
@@ -64,7 +64,7 @@ TickResult MonitorTick(Host& host, Writer& writer, MonitorState& state, WatchedF
   const std::string now = FileModifiedText(file.Path);
   if (now != file.LastSeen) {
     file.LastSeen = now;
-    result.reload = host.Ask(file.Path +
+    result.Reload = host.Ask(file.Path +
                                  "\r\nThis file has been modified outside of the Writer\r\n"
                                  "Do you want to reload it?",
                              "File Changed");

@@ -44,10 +44,10 @@ std::string WriterIdLine(std::uint32_t id);
 
 struct TickResult {
   // What the writer said of itself on a new connection (nothing on other ticks).
-  std::optional<WriterFacts> arrived;
+  std::optional<WriterFacts> Arrived;
   // The user answered OK to "File Changed": the caller reloads the file through the
   // open dispatcher.
-  bool reload = false;
+  bool Reload = false;
 };
 
 // One tick: status panel 4, the message-list lines of a connection or disconnection,

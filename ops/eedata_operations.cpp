@@ -16,7 +16,7 @@ CommandResult RunEedata(Station& st, const EedataReport& report,
   HoldWindow(st);
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
     report(WriterNotFoundLine(st.project.Chip.Name, false));
-    result.outcome = Outcome::NoWriter;
+    result.Verdict = Outcome::NoWriter;
     ReleaseWindow(st);
     return result;
   }
@@ -35,8 +35,8 @@ CommandResult RunEedata(Station& st, const EedataReport& report,
       passed = transfer();
     }
   }
-  result.outcome = passed ? Outcome::Passed : Outcome::Failed;
-  if (!passed) result.fault = w.LastFault();
+  result.Verdict = passed ? Outcome::Passed : Outcome::Failed;
+  if (!passed) result.Why = w.LastFault();
   w.CloseWriter();
   ReleaseWindow(st);
   return result;

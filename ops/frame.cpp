@@ -54,8 +54,8 @@ void AdvanceRolling(Station& st, CommandResult& result) {
   RollAdvance advance;
   AdvanceRollCode(st.host, st.project.RollingEnabled, RollSettingsPath(st.project.ProjectPath),
                   &advance);
-  result.rollingCode = advance.Used;
-  result.nextRollingCode = advance.Next;
+  result.RollingCode = advance.Used;
+  result.NextRollingCode = advance.Next;
 }
 
 bool CheckAndPrepareChip(Station& st) {
@@ -94,7 +94,7 @@ CommandResult RunFramed(Station& st, ChipCheck check,
     st.host.Log(WriterNotFoundLine(st.project.Chip.Name, true));
     st.ui.ResumeMonitor();
     st.ui.SetWindowEnabled(true);
-    result.outcome = Outcome::NoWriter;
+    result.Verdict = Outcome::NoWriter;
     return result;
   }
   w.WaitMs(50);
@@ -109,8 +109,8 @@ CommandResult RunFramed(Station& st, ChipCheck check,
 
   ReleaseWindow(st);
   w.CloseWriter();
-  result.outcome = passed ? Outcome::Passed : Outcome::Failed;
-  if (!passed) result.fault = w.LastFault();
+  result.Verdict = passed ? Outcome::Passed : Outcome::Failed;
+  if (!passed) result.Why = w.LastFault();
   return result;
 }
 

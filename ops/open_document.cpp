@@ -5,11 +5,11 @@ namespace lk::ops {
 OpenedDocument OpenDocument(Host& host, const Home& home, Project& project,
                             const std::string& path) {
   OpenedDocument doc;
-  doc.open = OpenPath(host, home, project, path);
-  if (!doc.open.opened) return doc;
-  if (doc.open.showRollDialog) {
-    doc.rollDialog = LoadRollDialog(host, doc.open.rollSettingsPath);
-    project.RollingEnabled = doc.rollDialog->Enable;
+  doc.Open = OpenPath(host, home, project, path);
+  if (!doc.Open.Opened) return doc;
+  if (doc.Open.ShowRollDialog) {
+    doc.RollDialog = LoadRollDialog(host, doc.Open.RollSettingsPath);
+    project.RollingEnabled = doc.RollDialog->Enable;
   } else {
     project.RollingEnabled = false;
   }
@@ -17,9 +17,9 @@ OpenedDocument OpenDocument(Host& host, const Home& home, Project& project,
 }
 
 std::string RefusalToSend(const OpenResult& open, const std::string& path) {
-  if (!open.opened) return path + ": the file did not open";
-  if (open.reservedWiped) return path + ": the program uses reserved words and was wiped";
-  if (!open.imageLoaded) return path + ": not a program image of a known kind";
+  if (!open.Opened) return path + ": the file did not open";
+  if (open.ReservedWiped) return path + ": the program uses reserved words and was wiped";
+  if (!open.ImageLoaded) return path + ": not a program image of a known kind";
   return "";
 }
 

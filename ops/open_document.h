@@ -15,10 +15,10 @@
 namespace lk::ops {
 
 struct OpenedDocument {
-  OpenResult open;
+  OpenResult Open;
   // The dialog as filled from the settings file, when one exists beside the project;
   // the desktop program shows it.
-  std::optional<RollDialogInput> rollDialog;
+  std::optional<RollDialogInput> RollDialog;
 };
 
 // OpenPath, then the Enable option: selected when a settings file exists and its

@@ -66,14 +66,14 @@ enum class Outcome {
 };
 
 struct CommandResult {
-  Outcome outcome = Outcome::Failed;
+  Outcome Verdict = Outcome::Failed;
   // What stopped a failed command on the link (None when the writer answered and the
   // failure is the chip's or the data's).
-  Fault fault = Fault::None;
+  Fault Why = Fault::None;
   // The rolling code given to this chip and the one stored for the next, when the
   // command advanced it.
-  std::string rollingCode;
-  std::string nextRollingCode;
+  std::string RollingCode;
+  std::string NextRollingCode;
 };
 
 // Routes the session's diagnostics and progress to the host.

@@ -48,7 +48,7 @@ WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
   WriterIdSet result;
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
     Inform(st.host, kNotConnected);
-    result.outcome = Outcome::NoWriter;
+    result.Verdict = Outcome::NoWriter;
     return result;
   }
   st.ui.PauseMonitor();
@@ -71,13 +71,13 @@ WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
   Inform(st.host, "设置成功！\r\n烧录器ID为：" + std::to_string(id));
   if (increment) {
     const std::uint64_t next = std::uint64_t{id} + 1;
-    result.nextText = PaddedWriterId(next, 8);
+    result.NextText = PaddedWriterId(next, 8);
     WriteValue(st.host, st.home.DataDat(), "Setting", "ID", std::to_string(next));
   }
   FinishOperation(w, true);
   w.CloseWriter();
   st.ui.ResumeMonitor();
-  result.outcome = Outcome::Passed;
+  result.Verdict = Outcome::Passed;
   return result;
 }
 

@@ -23,9 +23,9 @@ std::optional<std::uint32_t> ParseWriterIdText(const std::string& text);
 std::string PaddedWriterId(std::uint64_t number, int width);
 
 struct WriterIdSet {
-  Outcome outcome = Outcome::Failed;
+  Outcome Verdict = Outcome::Failed;
   // The dialog's text after a successful set with increment ("00000042"); empty otherwise.
-  std::string nextText;
+  std::string NextText;
 };
 
 // Sends the identifier as four bytes, lowest first, reads it back and compares all

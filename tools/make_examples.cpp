@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
     lk::Project project;
     project.Chip = std::move(chip);
     const lk::SaveResult saved = lk::SaveProject(host, home, project, path.string());
-    if (!saved.saved || !saved.reopened.opened) std::cerr << "cannot save " << path << "\n";
+    if (!saved.Saved || !saved.Reopened.Opened) std::cerr << "cannot save " << path << "\n";
     made.push_back({path, "QVM50P99"});
   };
   lk::ChipParams f96a = load("QVM50F96A");
@@ -141,9 +141,9 @@ int main(int argc, char** argv) {
     project.Chip = load(m.model);
     const int before = host.MessageCount();
     const lk::OpenResult result = lk::OpenPath(host, home, project, m.path.string());
-    const bool ok = result.opened && result.imageLoaded && host.MessageCount() == before;
+    const bool ok = result.Opened && result.ImageLoaded && host.MessageCount() == before;
     std::cout << (ok ? "ok   " : "FAIL ") << m.path.string() << "  " << project.Chip.Name << "  "
-              << result.checksumText << "\n";
+              << result.ChecksumText << "\n";
     failures += ok ? 0 : 1;
   }
   fs::remove_all(temp, ec);

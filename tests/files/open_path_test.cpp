@@ -22,7 +22,7 @@ TEST_F(OpenPathTest, MissingFileChangesNothing) {
   Project project = ProjectOf("T16");
   project.RecentFiles[0] = "old";
   const OpenResult result = OpenPath(host, home, project, PathOf("none.hex"));
-  EXPECT_FALSE(result.opened);
+  EXPECT_FALSE(result.Opened);
   EXPECT_EQ(host.MessageTexts(),
             std::vector<std::string>{"File: \"" + PathOf("none.hex") + "\" Not Found!"});
   EXPECT_EQ(host.messages[0].caption, kAppTitle);
@@ -35,17 +35,17 @@ TEST_F(OpenPathTest, StateStatusAndRecentFiles) {
   Project project = ProjectOf("T16");
   dir.Write("my.board.HeX", MakeIntelHex(Pattern(16)));
   const OpenResult result = Open(project, "my.board.HeX");
-  ASSERT_TRUE(result.opened);
-  EXPECT_TRUE(result.imageLoaded) << "the ending is compared in upper case";
+  ASSERT_TRUE(result.Opened);
+  EXPECT_TRUE(result.ImageLoaded) << "the ending is compared in upper case";
   EXPECT_EQ(project.Chip.RomWords, Pattern(16));
   EXPECT_EQ(project.FileTitle, "my.board");
   EXPECT_EQ(project.ProjectPath, PathOf("my.board.HeX"));
   EXPECT_EQ(project.DocCaption, PathOf("my.board.HeX"));
   EXPECT_EQ(host.status[3].rfind("File Modify:20", 0), 0u) << host.status[3];
   EXPECT_EQ(host.status[1], "Rolling Code:Disable");
-  EXPECT_FALSE(result.showRollDialog);
+  EXPECT_FALSE(result.ShowRollDialog);
   EXPECT_EQ(HexText(project.Chip).substr(0, 12), "000000: 0100");
-  EXPECT_EQ(result.checksumText.rfind("Checksum:", 0), 0u);
+  EXPECT_EQ(result.ChecksumText.rfind("Checksum:", 0), 0u);
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File0"), PathOf("my.board.HeX"));
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File1"), "");
 }
@@ -56,7 +56,7 @@ TEST_F(OpenPathTest, RecentListMovesAndIsSaved) {
   Project project = ProjectOf("T16");
   for (const char* name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "a.txt"}) {
     dir.Write(name, "");
-    ASSERT_TRUE(Open(project, name).opened);
+    ASSERT_TRUE(Open(project, name).Opened);
   }
   const char* expected[] = {"a.txt", "e.txt", "d.txt", "c.txt", "b.txt"};
   for (std::size_t i = 0; i < 5; ++i) {
@@ -71,7 +71,7 @@ TEST_F(OpenPathTest, RefusedFileKeepsTheImageButEntersTheRecentList) {
   project.Chip.RomWords[0] = 0x0777;
   dir.Write("bad.lkx", std::string(300, '\0'));
   const OpenResult result = Open(project, "bad.lkx");
-  EXPECT_FALSE(result.opened);
+  EXPECT_FALSE(result.Opened);
   EXPECT_EQ(host.MessageTexts(), std::vector<std::string>{"Open File Error!"});
   EXPECT_EQ(host.messages[0].icon, Icon::Information);
   EXPECT_EQ(host.messages[0].caption, kAppTitle);
@@ -93,9 +93,9 @@ TEST_F(OpenPathTest, ReservedWordsOfComparatorChips) {
   NewFile(f96b);
   dir.Write("blank.txt", "");
   OpenResult result = Open(f96b, "blank.txt");
-  EXPECT_TRUE(result.opened);
-  EXPECT_FALSE(result.imageLoaded);
-  EXPECT_FALSE(result.reservedWiped);
+  EXPECT_TRUE(result.Opened);
+  EXPECT_FALSE(result.ImageLoaded);
+  EXPECT_FALSE(result.ReservedWiped);
   EXPECT_TRUE(host.messages.empty());
   EXPECT_EQ(f96b.Chip.RomWords[0], 0xFEFF);
 
@@ -103,7 +103,7 @@ TEST_F(OpenPathTest, ReservedWordsOfComparatorChips) {
   f96b.Chip.RomWords[0x0FFE] = 0x1234;
   f96b.Chip.RomWords[7] = 0x0001;
   result = Open(f96b, "blank.txt");
-  EXPECT_TRUE(result.reservedWiped);
+  EXPECT_TRUE(result.ReservedWiped);
   EXPECT_EQ(host.MessageTexts(), std::vector<std::string>{kF96B});
   EXPECT_EQ(f96b.Chip.RomWords[7], 0xFEFF);
   EXPECT_EQ(f96b.Chip.RomWords[0x0FFE], 0xFEFF);
@@ -120,13 +120,13 @@ TEST_F(OpenPathTest, ReservedWordsOfComparatorChips) {
   words[0x07FE] = 0;
   dir.Write("p99.hex", MakeIntelHex(words));
   result = Open(p99, "p99.hex");
-  EXPECT_FALSE(result.reservedWiped);
+  EXPECT_FALSE(result.ReservedWiped);
   EXPECT_EQ(p99.Chip.RomWords[0x07FF], 0);
   words[0x07FE] = 0x3FFF;
   words[0x07FC] = 0;
   dir.Write("p99.hex", MakeIntelHex(words));
   result = Open(p99, "p99.hex");
-  EXPECT_TRUE(result.reservedWiped);
+  EXPECT_TRUE(result.ReservedWiped);
   EXPECT_EQ(host.MessageTexts(), std::vector<std::string>{kP99});
   EXPECT_EQ(p99.Chip.RomWords[0x07FD], 0x3FFF);
 }
@@ -136,12 +136,12 @@ TEST_F(OpenPathTest, ReservedReferenceWordsOfProductLK467) {
   auto words = Pattern(1024);
   words[1022] = words[1023] = 0x3FFF;
   dir.Write("ok.bin", MakeBinImage(words));
-  EXPECT_FALSE(Open(project, "ok.bin").reservedWiped);
+  EXPECT_FALSE(Open(project, "ok.bin").ReservedWiped);
   EXPECT_EQ(project.Chip.RomWords[5], 0x105);
 
   words[1023] = 0x0000;
   dir.Write("bad.bin", MakeBinImage(words));
-  EXPECT_TRUE(Open(project, "bad.bin").reservedWiped);
+  EXPECT_TRUE(Open(project, "bad.bin").ReservedWiped);
   EXPECT_EQ(host.MessageTexts(),
             std::vector<std::string>{"检测到程序中 3FEH 或 3FFH 地址中有数据，"
                                      "这2个地址作为内部电压基准使用，请保持数据为空！"});
@@ -153,21 +153,21 @@ TEST_F(OpenPathTest, RollingSettingsBesideTheProject) {
   dir.Write("board.hex", MakeIntelHex(Pattern(16)));
   dir.Write("board.ini", "[Rolling Code]\nValue=True\n");
   const OpenResult result = Open(project, "board.hex");
-  EXPECT_TRUE(result.showRollDialog);
-  EXPECT_EQ(result.rollSettingsPath, dir / "board.ini");
+  EXPECT_TRUE(result.ShowRollDialog);
+  EXPECT_EQ(result.RollSettingsPath, dir / "board.ini");
   EXPECT_EQ(host.status[1], "") << "the dialog sets the panel itself";
 }
 
 TEST_F(OpenPathTest, EedataViewOnlyWithTheFlag) {
   Project project = ProjectOf("T16");
   project.Chip.EeFlag = kEeFlagPresent;
-  ASSERT_TRUE(SaveProject(host, home, project, PathOf("ee")).saved);
+  ASSERT_TRUE(SaveProject(host, home, project, PathOf("ee")).Saved);
   dir.Write("plain.txt", "");
   OpenResult result = Open(project, "ee.lkx");
-  EXPECT_TRUE(result.showEedata);
+  EXPECT_TRUE(result.ShowEedata);
   EXPECT_EQ(EedataHexText(project.Chip).substr(0, 8), "0000: FF");
   project.Chip.EeFlag = kEeFlagAbsent;
-  EXPECT_FALSE(Open(project, "plain.txt").showEedata);
+  EXPECT_FALSE(Open(project, "plain.txt").ShowEedata);
 }
 
 TEST_F(OpenPathTest, NewFileBlanksTheProgramOnly) {

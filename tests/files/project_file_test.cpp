@@ -177,15 +177,15 @@ TEST_F(ProjectFileTest, SaveWritesAndReopens) {
   Project project = ProjectOf("T16");
   project.Chip.RomWords[3] = 0x0ABC;
   const SaveResult result = SaveProject(host, home, project, PathOf("board"));
-  ASSERT_TRUE(result.saved);
-  EXPECT_EQ(result.path, PathOf("board.lkx"));
-  EXPECT_TRUE(result.reopened.opened);
+  ASSERT_TRUE(result.Saved);
+  EXPECT_EQ(result.Path, PathOf("board.lkx"));
+  EXPECT_TRUE(result.Reopened.Opened);
   EXPECT_EQ(project.ProjectPath, PathOf("board.lkx"));
   EXPECT_EQ(project.RecentFiles[0], PathOf("board.lkx"));
   EXPECT_EQ(project.Chip.RomWords[3], 0x0ABC);
   EXPECT_EQ(dir.Read("board.lkx").size(), 256u + 32u);
 
-  EXPECT_FALSE(SaveProject(host, home, project, "").saved);
+  EXPECT_FALSE(SaveProject(host, home, project, "").Saved);
 }
 
 TEST_F(ProjectFileTest, FailedSaveReportsAndLosesNothing) {
@@ -195,7 +195,7 @@ TEST_F(ProjectFileTest, FailedSaveReportsAndLosesNothing) {
   project.Chip.RomWords[0] = 0x0111;
   project.ProjectPath = "before";
   const SaveResult result = SaveProject(host, home, project, PathOf("taken.lkx"));
-  EXPECT_FALSE(result.saved);
+  EXPECT_FALSE(result.Saved);
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].text.rfind("Save File Error!", 0), 0u);
   EXPECT_EQ(dir.Read("taken.lkx/keep.txt"), "keep");
@@ -206,7 +206,7 @@ TEST_F(ProjectFileTest, FailedSaveReportsAndLosesNothing) {
   }
 
   // A folder that does not exist fails the same way.
-  EXPECT_FALSE(SaveProject(host, home, project, PathOf("no/such/folder/x.lkx")).saved);
+  EXPECT_FALSE(SaveProject(host, home, project, PathOf("no/such/folder/x.lkx")).Saved);
   EXPECT_EQ(host.messages.size(), 2u);
 }
 

@@ -55,7 +55,7 @@ TEST(AutoSequenceTest, LinesOfTheRun) {
     rig.project.Chip.ConfigWords[0] = 0x3FF0;
     if (c.eedata) rig.project.Chip.EeFlag = kEeFlagPresent;
     const ops::CommandResult result = ops::Auto(rig.st(), c.withBlank);
-    EXPECT_EQ(result.outcome, c.outcome);
+    EXPECT_EQ(result.Verdict, c.outcome);
     EXPECT_EQ(rig.host.log, c.lines);
     const auto codes = rig.Codes();
     auto count = [&codes](std::uint8_t code) { return std::count(codes.begin(), codes.end(), code); };
@@ -99,7 +99,7 @@ TEST_P(AutoFaultSweep, EveryPacketEveryFault) {
     OpsRig dry(kEedataChip, {.version = version});
     dry.Connect();
     setUp(dry);
-    ASSERT_EQ(ops::Auto(dry.st(), true).outcome, Outcome::Passed);
+    ASSERT_EQ(ops::Auto(dry.st(), true).Verdict, Outcome::Passed);
     packets = dry.simWriter->PacketCount();
     success = dry.host.log;
   }
@@ -120,7 +120,7 @@ TEST_P(AutoFaultSweep, EveryPacketEveryFault) {
       const ops::CommandResult result = ops::Auto(rig.st(), true);
       const RollSettings after = ReadRollSettings(rig.host, rig.dir / "board.ini");
       const Lines& log = rig.host.log;
-      if (result.outcome == Outcome::Passed) {
+      if (result.Verdict == Outcome::Passed) {
         ++passed;
         EXPECT_EQ(log, success);
         const sim::SimChip chip = rig.Chip();
@@ -133,7 +133,7 @@ TEST_P(AutoFaultSweep, EveryPacketEveryFault) {
         continue;
       }
       EXPECT_EQ(after.Counts, roll.Counts) << "the code advanced after a failed run";
-      if (result.outcome == Outcome::NoWriter) {
+      if (result.Verdict == Outcome::NoWriter) {
         EXPECT_STREQ(kind, "unplug");
         EXPECT_EQ(log, (Lines{"The Writer for \"" + std::string(kEedataChip) + "\" not Found!"}));
         continue;

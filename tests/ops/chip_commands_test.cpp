@@ -29,7 +29,7 @@ const Command kRead = [](ops::Station& st) { return ops::Read(st); };
 void ProgramFirst(OpsRig& rig) {
   rig.FillImage();
   rig.project.Chip.ConfigWords[0] = 0x3FF0;
-  ASSERT_EQ(ops::Program(rig.st()).outcome, Outcome::Passed);
+  ASSERT_EQ(ops::Program(rig.st()).Verdict, Outcome::Passed);
   rig.host.log.clear();
   rig.host.logAt.clear();
 }
@@ -91,7 +91,7 @@ TEST_P(ChipCommandsTest, LinesOfEverySuccessAndFailureRoad) {
     c.before(rig);
     const long before = rig.simWriter->PacketCount();
     const ops::CommandResult result = c.run(rig.st());
-    EXPECT_EQ(result.outcome, c.outcome);
+    EXPECT_EQ(result.Verdict, c.outcome);
     ASSERT_EQ(rig.host.log, c.lines);
     // Success writes its last line before the session ends, failure after it (the
     // unmarked chip's verify excepted: its line comes first).
@@ -120,7 +120,7 @@ TEST(ChipCommandsReadTest, TakesTheChipIntoTheImageAndLeavesTheEedataWindowAlone
   rig.project.Chip.RomWords.assign(rig.project.Chip.RomWords.size(), 0);
   rig.project.Chip.EeBytes.assign(rig.project.Chip.EeBytes.size(), 0);
   rig.ui.calls.clear();
-  ASSERT_EQ(ops::Read(rig.st()).outcome, Outcome::Passed);
+  ASSERT_EQ(ops::Read(rig.st()).Verdict, Outcome::Passed);
   EXPECT_EQ(rig.project.Chip.RomWords, programmed.RomWords);
   EXPECT_EQ(rig.project.Chip.ConfigWords[0], programmed.ConfigWords[0]);
   EXPECT_EQ(rig.project.Chip.EeBytes, rig.Chip().eedata);
@@ -129,12 +129,12 @@ TEST(ChipCommandsReadTest, TakesTheChipIntoTheImageAndLeavesTheEedataWindowAlone
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "eedata"), 0);
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "document"), 1);
   rig.ui.windows = {"Frmeedata"};
-  ASSERT_EQ(ops::Read(rig.st()).outcome, Outcome::Passed);
+  ASSERT_EQ(ops::Read(rig.st()).Verdict, Outcome::Passed);
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "eedata"), 1);
 
   // An "LK3P" chip shows its second information text.
   rig.project.Chip.Arch = "LK3P";
-  ASSERT_EQ(ops::Read(rig.st()).outcome, Outcome::Passed);
+  ASSERT_EQ(ops::Read(rig.st()).Verdict, Outcome::Passed);
   EXPECT_EQ(rig.host.log.at(1), "CheckSum In IC is " + rig.project.Chip.ChipInfo2);
   EXPECT_NE(rig.project.Chip.ChipInfo1, rig.project.Chip.ChipInfo2);
 }
@@ -162,7 +162,7 @@ TEST(ChipCommandsFailureTest, AFailingStepGivesItsOwnLineAfterTheSessionEnds) {
     OpsRig rig(kOtp, {.fault = std::string(c.fault) + "@" + std::to_string(at)});
     rig.Connect();
     rig.FillImage();
-    EXPECT_EQ(c.run(rig.st()).outcome, Outcome::Failed);
+    EXPECT_EQ(c.run(rig.st()).Verdict, Outcome::Failed);
     EXPECT_EQ(rig.host.log, c.lines);
     EXPECT_TRUE(rig.host.messages.empty());
     if (std::string(c.fault) != "unplug") {
@@ -190,13 +190,13 @@ TEST(ChipCommandsFailureTest, RollingCodeGoesOnTheChipAndAdvancesOnlyAfterAFullP
     if (configFails) {
       EXPECT_EQ(rig.host.log, (Lines{"Program OK!", "Config Fail!"}));
       EXPECT_EQ(after.Counts, (std::vector<std::int32_t>{4, 3, 2, 1}));
-      EXPECT_TRUE(result.rollingCode.empty());
+      EXPECT_TRUE(result.RollingCode.empty());
     } else {
       EXPECT_EQ(rig.host.log, (Lines{"Program OK!", "Config OK!", "Rolling Code:1 2 3 4",
                                      "Next Rolling Code:1 2 3 5"}));
       EXPECT_EQ(after.Counts, (std::vector<std::int32_t>{5, 3, 2, 1}));
-      EXPECT_EQ(result.rollingCode, "1 2 3 4");
-      EXPECT_EQ(result.nextRollingCode, "1 2 3 5");
+      EXPECT_EQ(result.RollingCode, "1 2 3 4");
+      EXPECT_EQ(result.NextRollingCode, "1 2 3 5");
     }
   }
 }

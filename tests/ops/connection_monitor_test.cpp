@@ -16,7 +16,7 @@ TEST(ConnectionMonitorTest, ArrivalSteadyTicksAndDeparture) {
   ops::MonitorState state;
   ops::WatchedFile none;
   const ops::TickResult first = ops::MonitorTick(rig.host, *rig.writer, state, none);
-  ASSERT_TRUE(first.arrived);
+  ASSERT_TRUE(first.Arrived);
   EXPECT_EQ(rig.host.log, (Lines{"烧录器已经连接！版本号： v3.1", "烧录器ID：123456"}));
   EXPECT_EQ(rig.host.status[4], "Device Connected");
   EXPECT_EQ(rig.host.status[3], "");
@@ -25,7 +25,7 @@ TEST(ConnectionMonitorTest, ArrivalSteadyTicksAndDeparture) {
 
   // A steady tick only refreshes the panel: no line, no packet.
   const long packets = rig.simWriter->PacketCount();
-  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, none).arrived);
+  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, none).Arrived);
   EXPECT_EQ(rig.host.log.size(), 2u);
   EXPECT_EQ(rig.simWriter->PacketCount(), packets);
 
@@ -54,19 +54,19 @@ TEST(ConnectionMonitorTest, FileChangedQuestion) {
   const auto file = rig.dir.Write("p.hex", ":00000001FF\r\n");
   ops::MonitorState state;
   ops::WatchedFile watched{file.string(), FileModifiedText(file.string())};
-  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).reload);
+  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).Reload);
   EXPECT_TRUE(rig.host.questions.empty());
   std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) + std::chrono::seconds(3));
   rig.host.answers = {false, true};
-  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).reload);  // Cancel
+  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).Reload);  // Cancel
   ASSERT_EQ(rig.host.questions.size(), 1u);
   EXPECT_EQ(rig.host.questions[0].caption, "File Changed");
   EXPECT_EQ(rig.host.questions[0].text,
             file.string() +
                 "\r\nThis file has been modified outside of the Writer\r\nDo you want to reload it?");
-  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).reload);  // seen already
+  EXPECT_FALSE(ops::MonitorTick(rig.host, *rig.writer, state, watched).Reload);  // seen already
   std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) + std::chrono::seconds(3));
-  EXPECT_TRUE(ops::MonitorTick(rig.host, *rig.writer, state, watched).reload);
+  EXPECT_TRUE(ops::MonitorTick(rig.host, *rig.writer, state, watched).Reload);
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ TEST(DownloadTest, StepsTheModelExceptionsAndWhatTheWriterKeeps) {
     rig.Connect();
     rig.FillImage();
     if (c.eedata) rig.project.Chip.EeFlag = kEeFlagPresent;
-    ASSERT_EQ(ops::Download(rig.st()).outcome, ops::Outcome::Passed);
+    ASSERT_EQ(ops::Download(rig.st()).Verdict, ops::Outcome::Passed);
     EXPECT_EQ(rig.host.log, (Lines{"Download OK!"}));
     const Bytes all = rig.Codes();
     Bytes codes(all.begin() + 1, all.end());  // after the version query
@@ -67,7 +67,7 @@ TEST(DownloadTest, EveryFailingStepIsDownloadFail) {
   // A refused chip too: its message, then the same single line.
   OpsRig refused("QVM75P82", {.socketModel = "QVM75P89"});
   refused.Connect();
-  EXPECT_EQ(ops::Download(refused.st()).outcome, ops::Outcome::Failed);
+  EXPECT_EQ(ops::Download(refused.st()).Verdict, ops::Outcome::Failed);
   EXPECT_EQ(refused.host.log, (Lines{"Download Fail!"}));
   EXPECT_EQ(refused.host.MessageTexts(), (Lines{"芯片型号错误！"}));
   for (std::uint8_t code : {proto::kImageSum, proto::kCheckStoredSum, proto::kReadRollingStep}) {
@@ -76,7 +76,7 @@ TEST(DownloadTest, EveryFailingStepIsDownloadFail) {
     ops::Download(dry.st());
     OpsRig rig("QVM75P82", {.fault = "badcode@" + std::to_string(dry.PacketNumberOf(code))});
     rig.Connect();
-    EXPECT_EQ(ops::Download(rig.st()).outcome, ops::Outcome::Failed) << int(code);
+    EXPECT_EQ(ops::Download(rig.st()).Verdict, ops::Outcome::Failed) << int(code);
     EXPECT_EQ(rig.host.log, (Lines{"Download Fail!"}));
     EXPECT_EQ(rig.Codes().back(), proto::kEnd);
   }

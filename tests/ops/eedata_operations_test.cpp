@@ -23,7 +23,7 @@ TEST(EedataOperationsTest, WriteAndReadWithTheirReports) {
   rig.Connect();
   rig.FillImage();
   Reports write;
-  EXPECT_EQ(ops::WriteEedataToChip(rig.st(), write.sink()).outcome, Outcome::Passed);
+  EXPECT_EQ(ops::WriteEedataToChip(rig.st(), write.sink()).Verdict, Outcome::Passed);
   EXPECT_EQ(write.lines, (Lines{"Write Eedata OK!"}));
   EXPECT_EQ(rig.Chip().eedata, rig.project.Chip.EeBytes);
   EXPECT_TRUE(rig.host.log.empty());
@@ -31,7 +31,7 @@ TEST(EedataOperationsTest, WriteAndReadWithTheirReports) {
   rig.project.Chip.EeBytes.assign(rig.project.Chip.EeBytes.size(), 0);
   rig.ui.calls.clear();
   Reports read;
-  EXPECT_EQ(ops::ReadEedataFromChip(rig.st(), read.sink()).outcome, Outcome::Passed);
+  EXPECT_EQ(ops::ReadEedataFromChip(rig.st(), read.sink()).Verdict, Outcome::Passed);
   EXPECT_EQ(read.lines, (Lines{"Read Eedata OK!"}));
   EXPECT_EQ(rig.project.Chip.EeBytes, rig.Chip().eedata);
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "eedata"), 1);
@@ -76,7 +76,7 @@ TEST(EedataOperationsTest, FailuresAndTheirOrder) {
   spoiled.Connect();
   spoiled.FillImage();
   Reports failed;
-  EXPECT_EQ(ops::WriteEedataToChip(spoiled.st(), failed.sink()).outcome, Outcome::Failed);
+  EXPECT_EQ(ops::WriteEedataToChip(spoiled.st(), failed.sink()).Verdict, Outcome::Failed);
   EXPECT_EQ(failed.lines, (Lines{"Write Eedata Error!"}));
   EXPECT_EQ(spoiled.Codes().back(), proto::kEnd);
 }

@@ -19,7 +19,7 @@ TEST(FrameTest, WriterMissingGivesOnlyTheQuotedLineForEveryCommand) {
       ops::Download};
   for (const auto& run : commands) {
     OpsRig rig("QVM75P82", {.fault = "unplug@1"});
-    EXPECT_EQ(run(rig.st()).outcome, Outcome::NoWriter);
+    EXPECT_EQ(run(rig.st()).Verdict, Outcome::NoWriter);
     EXPECT_EQ(rig.host.log, (Lines{"The Writer for \"QVM75P82\" not Found!"}));
     // Window back at once; the progress bar is not touched after the search.
     EXPECT_EQ(rig.ui.calls,
@@ -44,7 +44,7 @@ TEST(FrameTest, ChipCheckFailuresEndTheSessionBeforeTheirLine) {
     SCOPED_TRACE(c.what);
     OpsRig rig("QVM75P82", c.options);
     rig.Connect();
-    EXPECT_EQ(ops::Program(rig.st()).outcome, Outcome::Failed);
+    EXPECT_EQ(ops::Program(rig.st()).Verdict, Outcome::Failed);
     EXPECT_EQ(rig.host.log, (Lines{"MCU Type Error!"}));
     EXPECT_EQ(rig.host.MessageTexts(), c.messages);
     // Nothing but the chip session: no memory step ran.
@@ -61,14 +61,14 @@ TEST(FrameTest, ConfigurationCommands) {
   OpsRig rig("QVM75P89");
   rig.Connect();
   rig.project.Chip.ConfigWords[0] = 0x3FF0;
-  EXPECT_EQ(ops::ConfigWrite(rig.st()).outcome, Outcome::Passed);
+  EXPECT_EQ(ops::ConfigWrite(rig.st()).Verdict, Outcome::Passed);
   EXPECT_EQ(rig.host.log, (Lines{"Config OK!"}));
   EXPECT_EQ(rig.Chip().config[0], 0x3FF0);
   rig.project.Chip.ConfigWords[0] = 0x3FFF;  // an OTP chip cannot set bits again
-  EXPECT_EQ(ops::ConfigWrite(rig.st()).outcome, Outcome::Failed);
+  EXPECT_EQ(ops::ConfigWrite(rig.st()).Verdict, Outcome::Failed);
   EXPECT_EQ(rig.host.log, (Lines{"Config Fail!"}));
   rig.ui.calls.clear();
-  EXPECT_EQ(ops::ConfigRead(rig.st()).outcome, Outcome::Passed);
+  EXPECT_EQ(ops::ConfigRead(rig.st()).Verdict, Outcome::Passed);
   EXPECT_EQ(rig.host.log, (Lines{"Read Config OK!"}));
   EXPECT_EQ(rig.project.Chip.ConfigWords[0], 0x3FF0);
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "config"), 1);

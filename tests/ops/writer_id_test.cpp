@@ -15,15 +15,15 @@ TEST(WriterIdTest, SetWithIncrementThenReadBackTheLowSixteenBits) {
   OpsRig rig("QVM75P89");
   EXPECT_EQ(ops::StoredWriterIdText(rig.host, rig.home), "000000");
   const ops::WriterIdSet set = ops::SetWriterIdentifier(rig.st(), 41, true);
-  EXPECT_EQ(set.outcome, Outcome::Passed);
-  EXPECT_EQ(set.nextText, "00000042");
+  EXPECT_EQ(set.Verdict, Outcome::Passed);
+  EXPECT_EQ(set.NextText, "00000042");
   EXPECT_EQ(GetValue(rig.host, rig.home.DataDat(), "Setting", "ID"), "42");
   EXPECT_EQ(ops::StoredWriterIdText(rig.host, rig.home), "000042");
   EXPECT_EQ(rig.host.MessageTexts(), (Lines{"设置成功！\r\n烧录器ID为：41"}));
   EXPECT_TRUE(rig.ui.monitorRunning);
 
   // Above 65535 the set checks all four bytes; the read shows only the two lowest.
-  ASSERT_EQ(ops::SetWriterIdentifier(rig.st(), 70000, false).nextText, "");
+  ASSERT_EQ(ops::SetWriterIdentifier(rig.st(), 70000, false).NextText, "");
   EXPECT_EQ(rig.simWriter->State().id, (std::array<std::uint8_t, 4>{0x70, 0x11, 0x01, 0x00}));
   EXPECT_EQ(GetValue(rig.host, rig.home.DataDat(), "Setting", "ID"), "42");
   EXPECT_EQ(ops::ReadWriterIdentifier(rig.st()), Outcome::Passed);
@@ -46,7 +46,7 @@ TEST(WriterIdTest, FailuresAreMessagesAndLeaveTheStoredNumber) {
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.fault) + (c.set ? " set" : " read"));
     OpsRig rig("QVM75P89", {.fault = c.fault});
-    const Outcome outcome = c.set ? ops::SetWriterIdentifier(rig.st(), 7, true).outcome
+    const Outcome outcome = c.set ? ops::SetWriterIdentifier(rig.st(), 7, true).Verdict
                                   : ops::ReadWriterIdentifier(rig.st());
     EXPECT_EQ(outcome, c.outcome);
     EXPECT_EQ(rig.host.MessageTexts(), (Lines{c.message}));

@@ -1,0 +1,170 @@
+// The production run end to end: Auto (blank check, program, verify, configuration,
+// verify) of a 4096-word chip through the operations layer, against the simulated
+// writer with its timing model, compared with the bound the link and the protocol's
+// own pauses allow: every report 1 ms, every programmed word its programming time, and
+// every pause the operation asks for (between steps, at the end of the session). Prints
+// bound / measured (1.0: the host side costs nothing; goal >= 0.98).
+//
+// Then the peak memory of `lkwriter-cli auto` on the same chip (goal <= 20 MB), read
+// from the child's resource usage.
+#include <fcntl.h>
+#include <spawn.h>
+#include <unistd.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/chip_database.h"
+#include "core/quiet_host.h"
+#include "ops/auto_sequence.h"
+#include "ops/connection_monitor.h"
+#include "sim/sim_bus.h"
+#include "sim/sim_writer.h"
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+// Counts the reports that cross the link, both ways.
+class CountingTransport : public lk::Transport {
+ public:
+  CountingTransport(std::unique_ptr<lk::Transport> inner, long& count)
+      : inner_(std::move(inner)), count_(count) {}
+  bool Send(const lk::Report& r, int t) override { return inner_->Send(r, t) && ++count_; }
+  bool Receive(lk::Report& r, int t) override { return inner_->Receive(r, t) && ++count_; }
+  std::string LastError() const override { return inner_->LastError(); }
+
+ private:
+  std::unique_ptr<lk::Transport> inner_;
+  long& count_;
+};
+
+class CountingBus : public lk::WriterBus {
+ public:
+  CountingBus(std::unique_ptr<lk::WriterBus> inner, long& count)
+      : inner_(std::move(inner)), count_(count) {}
+  bool Present() override { return inner_->Present(); }
+  std::unique_ptr<lk::Transport> Open() override {
+    auto t = inner_->Open();
+    return t ? std::make_unique<CountingTransport>(std::move(t), count_) : nullptr;
+  }
+  std::string Describe() const override { return inner_->Describe(); }
+
+ private:
+  std::unique_ptr<lk::WriterBus> inner_;
+  long& count_;
+};
+
+// Peak resident memory of a child process in kB, -1 when it could not run.
+long PeakKilobytes(const std::vector<std::string>& args) {
+  std::vector<char*> argv;
+  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  pid_t pid = 0;
+  const int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (rc != 0) return -1;
+  int status = 0;
+  rusage usage{};
+  if (wait4(pid, &status, 0, &usage) < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    return -1;
+  }
+  return usage.ru_maxrss;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // The simulator sleeps for its timing model; the kernel's default 50 us timer slack on
+  // every one of those sleeps would be charged to the host otherwise.
+  prctl(PR_SET_TIMERSLACK, 1UL, 0, 0, 0);
+  const fs::path home = argc > 1 ? argv[1] : LK_PROGRAM_DIR;
+  const std::string model = "QVM50F96A";
+  lk::QuietHost host(stderr, false);
+  lk::Home programHome(home);
+  lk::Project project;
+  project.Chip = lk::LoadChipParams(host, programHome, model);
+  if (!project.Chip.Loaded() || project.Chip.RomSize != 0xFFF) {
+    std::fprintf(stderr, "auto_bench: %s with 4096 words not found under %s\n", model.c_str(),
+                 home.c_str());
+    return 2;
+  }
+  for (int i = 0; i <= project.Chip.RomSize; ++i) project.Chip.RomWords[i] = (i * 37) & 0xFEFF;
+
+  double best = 0;
+  for (int round = 0; round < 3; ++round) {
+    lk::sim::SimConfig config;
+    config.chipModel = model;
+    config.timing = true;
+    long reports = 0;
+    lk::Writer writer(std::make_unique<CountingBus>(
+        lk::sim::MakeSimBus(host, programHome, config), reports));
+    long pausedMs = 0;
+    writer.SetWaiter([&pausedMs](int ms) {
+      pausedMs += ms;
+      std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    });
+    writer.FindWriter();
+    writer.OpenWriterHandles();
+    lk::ops::QueryWriter(writer, false);
+    writer.CloseWriter();
+    reports = 0;
+    lk::ops::NullFrameUi ui;
+    lk::ops::Station st{host, ui, programHome, project, writer};
+    const auto start = Clock::now();
+    const lk::ops::CommandResult result = lk::ops::Auto(st, true);
+    const auto took = Clock::now() - start;
+    if (result.Verdict != lk::ops::Outcome::Passed) {
+      std::fprintf(stderr, "auto_bench: the run failed\n");
+      return 1;
+    }
+    // The programmed words: program memory and the configuration words below ConfigLength.
+    const long words = project.Chip.RomSize + 1 + project.Chip.ConfigLength;
+    const auto bound = lk::sim::TimingBound(reports, words) + std::chrono::milliseconds(pausedMs);
+    const double ratio = std::chrono::duration<double>(bound).count() /
+                         std::chrono::duration<double>(took).count();
+    std::printf("auto 4096 words: %ld reports, %ld ms of pauses, bound %.1f ms, measured %.1f ms, "
+                "ratio %.3f\n",
+                reports, pausedMs, std::chrono::duration<double, std::milli>(bound).count(),
+                std::chrono::duration<double, std::milli>(took).count(), ratio);
+    best = std::max(best, ratio);
+  }
+  std::printf("auto_bench ratio (best of 3): %.3f (goal >= 0.98)\n", best);
+
+  // Peak memory of the command line on the same chip, with an image file of its own.
+  const fs::path scratch = fs::temp_directory_path() / ("auto_bench." + std::to_string(getpid()));
+  fs::create_directories(scratch);
+  std::string bin(2 * 4096, '\0');
+  for (int i = 0; i < 4096; ++i) {
+    const int w = project.Chip.RomWords[i];
+    bin[2 * i] = static_cast<char>(w & 0xFF);
+    bin[2 * i + 1] = static_cast<char>((w >> 8) & 0xFF);
+  }
+  std::ofstream(scratch / "image.bin", std::ios::binary) << bin;
+  const long kb = PeakKilobytes({(home / "lkwriter-cli").string(), "--home", home.string(),
+                                 "--chip", model, "--device", "sim", "--sim-state",
+                                 (scratch / "w.state").string(), "auto",
+                                 (scratch / "image.bin").string()});
+  fs::remove_all(scratch);
+  if (kb < 0) {
+    std::fprintf(stderr, "auto_bench: lkwriter-cli auto did not run cleanly\n");
+    return 1;
+  }
+  std::printf("lkwriter-cli auto peak RSS: %.1f MB (goal <= 20 MB)\n", kb / 1024.0);
+  return 0;
+}
