@@ -23,6 +23,7 @@
 #include <thread>
 #include <vector>
 
+#include "bench/counting_bus.h"
 #include "core/chip_database.h"
 #include "core/quiet_host.h"
 #include "ops/auto_sequence.h"
@@ -36,36 +37,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
-
-// Counts the reports that cross the link, both ways.
-class CountingTransport : public lk::Transport {
- public:
-  CountingTransport(std::unique_ptr<lk::Transport> inner, long& count)
-      : inner_(std::move(inner)), count_(count) {}
-  bool Send(const lk::Report& r, int t) override { return inner_->Send(r, t) && ++count_; }
-  bool Receive(lk::Report& r, int t) override { return inner_->Receive(r, t) && ++count_; }
-  std::string LastError() const override { return inner_->LastError(); }
-
- private:
-  std::unique_ptr<lk::Transport> inner_;
-  long& count_;
-};
-
-class CountingBus : public lk::WriterBus {
- public:
-  CountingBus(std::unique_ptr<lk::WriterBus> inner, long& count)
-      : inner_(std::move(inner)), count_(count) {}
-  bool Present() override { return inner_->Present(); }
-  std::unique_ptr<lk::Transport> Open() override {
-    auto t = inner_->Open();
-    return t ? std::make_unique<CountingTransport>(std::move(t), count_) : nullptr;
-  }
-  std::string Describe() const override { return inner_->Describe(); }
-
- private:
-  std::unique_ptr<lk::WriterBus> inner_;
-  long& count_;
-};
 
 // Peak resident memory of a child process in kB, -1 when it could not run.
 long PeakKilobytes(const std::vector<std::string>& args) {
@@ -112,7 +83,7 @@ int main(int argc, char** argv) {
     config.chipModel = model;
     config.timing = true;
     long reports = 0;
-    lk::Writer writer(std::make_unique<CountingBus>(
+    lk::Writer writer(std::make_unique<lk::bench::CountingBus>(
         lk::sim::MakeSimBus(host, programHome, config), reports));
     long pausedMs = 0;
     writer.SetWaiter([&pausedMs](int ms) {

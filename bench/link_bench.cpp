@@ -9,6 +9,7 @@
 #include <memory>
 #include <thread>
 
+#include "bench/counting_bus.h"
 #include "core/chip_database.h"
 #include "core/project.h"
 #include "core/quiet_host.h"
@@ -19,40 +20,6 @@
 #include "link/writer.h"
 #include "sim/sim_bus.h"
 #include "sim/sim_writer.h"
-
-namespace {
-
-// Counts the reports that actually cross the link, both ways.
-class CountingTransport : public lk::Transport {
- public:
-  CountingTransport(std::unique_ptr<lk::Transport> inner, long& count)
-      : inner_(std::move(inner)), count_(count) {}
-  bool Send(const lk::Report& r, int t) override { return inner_->Send(r, t) && ++count_; }
-  bool Receive(lk::Report& r, int t) override { return inner_->Receive(r, t) && ++count_; }
-  std::string LastError() const override { return inner_->LastError(); }
-
- private:
-  std::unique_ptr<lk::Transport> inner_;
-  long& count_;
-};
-
-class CountingBus : public lk::WriterBus {
- public:
-  CountingBus(std::unique_ptr<lk::WriterBus> inner, long& count)
-      : inner_(std::move(inner)), count_(count) {}
-  bool Present() override { return inner_->Present(); }
-  std::unique_ptr<lk::Transport> Open() override {
-    auto t = inner_->Open();
-    return t ? std::make_unique<CountingTransport>(std::move(t), count_) : nullptr;
-  }
-  std::string Describe() const override { return inner_->Describe(); }
-
- private:
-  std::unique_ptr<lk::WriterBus> inner_;
-  long& count_;
-};
-
-}  // namespace
 
 int main(int argc, char** argv) {
   // The simulator sleeps for its timing model; the kernel's default 50 us timer slack
@@ -76,7 +43,7 @@ int main(int argc, char** argv) {
   config.timing = true;
   long reports = 0;
   lk::Writer writer(
-      std::make_unique<CountingBus>(lk::sim::MakeSimBus(host, programHome, config), reports));
+      std::make_unique<lk::bench::CountingBus>(lk::sim::MakeSimBus(host, programHome, config), reports));
   if (!writer.FindWriter() || !writer.OpenWriterHandles() ||
       lk::GetWriterVersion(writer) != lk::Fault::None ||
       lk::CheckChipType(writer, project.Chip) != lk::Fault::None ||
