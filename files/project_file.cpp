@@ -148,17 +148,20 @@ std::string ProjectSavePath(const std::string& chosenName) {
   return chosenName + ".lkx";
 }
 
+bool WriteProjectFile(Host& host, const ChipParams& chip, const std::string& path,
+                      const std::string& hexText) {
+  std::string error;
+  if (WriteFileAtomically(path, BuildProjectBytes(chip, hexText), error)) return true;
+  host.Message(Icon::Critical, "Save File Error! " + error, kAppTitle);
+  return false;
+}
+
 SaveResult SaveProject(Host& host, const Home& home, Project& project,
                        const std::string& chosenName) {
   SaveResult result;
   result.path = ProjectSavePath(chosenName);
   if (result.path.empty()) return result;
-  const std::string bytes = BuildProjectBytes(project.Chip, HexText(project.Chip));
-  std::string error;
-  if (!WriteFileAtomically(result.path, bytes, error)) {
-    host.Message(Icon::Critical, "Save File Error! " + error, kAppTitle);
-    return result;
-  }
+  if (!WriteProjectFile(host, project.Chip, result.path, HexText(project.Chip))) return result;
   result.saved = true;
   result.reopened = OpenPath(host, home, project, result.path);
   return result;
