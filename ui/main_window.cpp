@@ -391,27 +391,27 @@ void MainWindow::BuildToolbar() {
   autoButton->setMenu(drop);
   autoButton->setPopupMode(QToolButton::MenuButtonPopup);
 
-  toolbar_->addSeparator();
-  auto* chooserLabel = new QLabel(QStringLiteral(" 芯片型号 "), toolbar_);
-  toolbar_->addWidget(chooserLabel);
-  models_ = new QComboBox(toolbar_);
+  // The second row: the chip model, and what stays live while a command runs, Stop and
+  // the verdict of the last command.
+  addToolBarBreak();
+  QToolBar* production = addToolBar(QStringLiteral("生产"));
+  Name(production, "ProductionBar");
+  production->setMovable(false);
+  production->addWidget(new QLabel(QStringLiteral(" 芯片型号 "), production));
+  models_ = new QComboBox(production);
   Name(models_, "ModelChooser");
   models_->setToolTip(QStringLiteral("选择芯片型号"));
   models_->setMaxVisibleItems(20);
   models_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  toolbar_->addWidget(models_);
+  production->addWidget(models_);
   connect(models_, &QComboBox::activated, this,
           [this](int index) { SelectModel(models_->itemText(index).toStdString()); });
-
-  // The production bar stays live while a command runs: Stop and the verdict.
-  QToolBar* production = addToolBar(QStringLiteral("生产"));
-  Name(production, "ProductionBar");
-  production->setMovable(false);
+  production->addSeparator();
   stopButton_ = new QToolButton(production);
   Name(stopButton_, "Stop");
   stopButton_->setText(QStringLiteral("停止"));
   stopButton_->setIcon(style()->standardIcon(QStyle::SP_BrowserStop));
-  stopButton_->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+  stopButton_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   stopButton_->setShortcut(Qt::Key_Escape);
   stopButton_->setToolTip(QStringLiteral("停止当前操作 (Esc)"));
   stopButton_->setEnabled(false);
@@ -487,6 +487,32 @@ void MainWindow::SaveSession() {
   QTreeWidget* list = config_->List();
   WriteConfigColumns(host_, home_, {Twips(list->columnWidth(0)), Twips(list->columnWidth(1))});
   WriteMcuType(host_, home_, project_.Chip.Name);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (fitted_) return;
+  fitted_ = true;
+  // Once the layout has given the child area its size.
+  QTimer::singleShot(0, this, &MainWindow::FitChildWindows);
+}
+
+// A child window that the saved geometry puts partly outside the child area (a smaller
+// screen, a larger toolbar) is brought inside it.
+void MainWindow::FitChildWindows() {
+  const QSize area = mdi_->viewport()->size();
+  for (QMdiSubWindow* sub : {docSub_, configSub_, messageSub_}) {
+    QRect g = sub->geometry();
+    // Shrink first, so that it keeps its place beside the others; move only if need be.
+    if (g.left() + g.width() > area.width()) g.setWidth(std::max(120, area.width() - g.left()));
+    if (g.top() + g.height() > area.height()) g.setHeight(std::max(80, area.height() - g.top()));
+    g.setWidth(std::min(g.width(), area.width()));
+    g.setHeight(std::min(g.height(), area.height()));
+    g.moveLeft(std::clamp(g.left(), 0, std::max(0, area.width() - g.width())));
+    g.moveTop(std::clamp(g.top(), 0, std::max(0, area.height() - g.height())));
+    if (g.bottom() >= area.height() || g.right() >= area.width()) continue;
+    if (g != sub->geometry()) sub->setGeometry(g);
+  }
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -623,6 +649,7 @@ void MainWindow::SetInputEnabled(bool enabled) {
   inputEnabled_ = enabled;
   menuBar()->setEnabled(enabled);
   toolbar_->setEnabled(enabled);
+  models_->setEnabled(enabled);
   docSub_->setEnabled(enabled);
   configSub_->setEnabled(enabled);
 }
@@ -655,6 +682,7 @@ void MainWindow::OpenDocumentAt(const std::string& path) {
   models_->setCurrentText(Q(project_.Chip.Name));
   UpdateEedataMenus();
   ShowProjectImage();
+  fileModifyStatus_ = doc.open.fileModifyStatus;
   watched_.Path = project_.ProjectPath;
   watched_.LastSeen = FileModifiedText(project_.ProjectPath);
   if (doc.rollDialog) {
@@ -815,7 +843,13 @@ void MainWindow::PostMonitorTick() {
 void MainWindow::TickEnded(const ops::WatchedFile& file, const ops::TickResult& result,
                            bool polling) {
   tickInFlight_ = false;
-  if (file.Path == watched_.Path) watched_.LastSeen = file.LastSeen;
+  if (file.Path == watched_.Path) {
+    watched_.LastSeen = file.LastSeen;
+  } else if (!watched_.Path.empty()) {
+    // A file was opened while the tick looked at the one before: the panel is the
+    // newer file's.
+    SetStatusPanel(3, fileModifyStatus_);
+  }
   // A bad identity answer ends the polling until a command restarts it.
   if (!polling) timer1_.stop();
   if (result.reload && file.Path == watched_.Path) {

@@ -89,6 +89,7 @@ class MainWindow : public QMainWindow, private HostView {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
   class Frame;
@@ -108,6 +109,7 @@ class MainWindow : public QMainWindow, private HostView {
   void BuildStatusBar();
   void BuildChildWindows();
   void LoadSession();
+  void FitChildWindows();
   void SaveSession();
 
   // The views that follow from the image.
@@ -157,7 +159,9 @@ class MainWindow : public QMainWindow, private HostView {
   bool closeWhenIdle_ = false;
   bool reloadWhenIdle_ = false;
   bool inputEnabled_ = true;
+  bool fitted_ = false;
   ops::WatchedFile watched_;
+  std::string fileModifyStatus_;  // status panel 3 of the file last opened
   QTimer timer1_;
 
   QMdiArea* mdi_ = nullptr;
