@@ -70,36 +70,39 @@ constexpr const char* kLater = "comes with the dialogs";
 class MainWindow::Frame : public ops::FrameUi {
  public:
   explicit Frame(MainWindow& window) : w_(window) {}
+  // What only changes the window's state is posted, in order with the log lines; what
+  // reads the project waits, since the operation goes on to change it.
   void PauseMonitor() override {
-    Do([this] { w_.timer1_.stop(); });
+    Post([this] { w_.timer1_.stop(); });
   }
   void ResumeMonitor() override {
-    Do([this] { w_.timer1_.start(); });
+    Post([this] { w_.timer1_.start(); });
   }
   void SetWindowEnabled(bool enabled) override {
-    Do([this, enabled] { w_.SetInputEnabled(enabled); });
+    Post([this, enabled] { w_.SetInputEnabled(enabled); });
   }
   void ResetProgress() override {
-    Do([this] { w_.ResetProgress(); });
+    Post([this] { w_.ResetProgress(); });
   }
   // The window paints itself while the command runs: there is nothing to let through.
   void PumpEvents() override {}
   void RefreshDocument() override {
-    Do([this] { w_.ShowDocument(); });
+    Wait([this] { w_.ShowDocument(); });
   }
   void RefreshConfigDisplay() override {
-    Do([this] { w_.ShowConfigOptions(); });
+    Wait([this] { w_.ShowConfigOptions(); });
   }
   // The EEDATA window comes with the dialogs; until then there is no view to refresh.
   void RefreshEedataView() override {}
   std::vector<std::string> OpenWindowNames() const override {
     std::vector<std::string> names;
-    Do([this, &names] { names = w_.OpenWindowNames(); });
+    Wait([this, &names] { names = w_.OpenWindowNames(); });
     return names;
   }
 
  private:
-  void Do(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), true); }
+  void Post(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), false); }
+  void Wait(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), true); }
   MainWindow& w_;
 };
 
