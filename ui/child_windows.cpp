@@ -13,8 +13,10 @@ void Name(QObject* object, const QString& name) {
 }
 
 QFont MonospaceFont() {
+  // A fallback list rather than a look into the font database, which costs a start-up
+  // the enumeration of every installed font.
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-  if (QFontDatabase::families().contains("Courier New")) font.setFamily("Courier New");
+  font.setFamilies({QStringLiteral("Courier New"), font.family()});
   font.setStyleHint(QFont::Monospace);
   return font;
 }
