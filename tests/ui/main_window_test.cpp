@@ -231,6 +231,13 @@ class MainWindowTest : public QObject {
       QCOMPARE(list->topLevelItem(i)->text(1).toStdString(), rows[i].Value);
     }
 
+    // A project with a rolling-code settings file turns the rolling code on.
+    w.OpenDocumentAt(rig.Example("rolling/project.lkx"));
+    QCOMPARE(w.StatusPanel(1), QString("Rolling Code:Enable"));
+    QVERIFY(w.CurrentProject().RollingEnabled);
+    w.OpenDocumentAt(path);
+    QCOMPARE(w.StatusPanel(1), QString("Rolling Code:Disable"));
+
     const QString before = DocText(w);
     rig.dir.Write("broken.lkx", "QVM50P99!too short");
     w.OpenDocumentAt((rig.dir.Path() / "broken.lkx").string());
@@ -329,11 +336,20 @@ class MainWindowTest : public QObject {
 
     struct Captions {
       const char* model;
-      QString blank, autoBlank, autoNoBlank, tip;
+      QString blank, autoBlank, autoNoBlank, tip, newFirstLine;
+      bool eedata;
     };
-    for (const Captions& c : {Captions{"QVM50P99", "空检", "包含空检", "不包含空检", "Blank Check"},
-                              Captions{"QVM50F96A", "擦除", "包含擦除", "不包含擦除", "Erase"}}) {
+    for (const Captions& c :
+         {Captions{"QVM50P99", "空检", "包含空检", "不包含空检", "Blank Check",
+                   "000000: 3FFF 3FFF", false},
+          Captions{"QVM50F96A", "擦除", "包含擦除", "不包含擦除", "Erase", "000000: FEFF FEFF",
+                   true}}) {
       QVERIFY(w.SelectModel(c.model));
+      QCOMPARE(ActionNamed(w, "mnuReadEeprom")->isEnabled(), c.eedata);
+      QCOMPARE(ActionNamed(w, "mnuWriteEeprom")->isEnabled(), c.eedata);
+      w.ToolbarButtonClick("new");
+      QCOMPARE(w.findChild<QMdiSubWindow*>("FrmDoc")->windowTitle(), QString("New File"));
+      QVERIFY(DocText(w).startsWith(c.newFirstLine));
       QCOMPARE(ActionNamed(w, "mnuBlank")->text(), c.blank);
       QCOMPARE(ActionNamed(w, "mnuAutoBlank")->text(), c.autoBlank);
       QCOMPARE(ActionNamed(w, "mnuAutoNoBlank")->text(), c.autoNoBlank);
@@ -481,6 +497,16 @@ class MainWindowTest : public QObject {
       VerifyWindowGivenBack(w);
       // The writer is not left mid-session: the next command runs normally.
       QCOMPARE(Click(w, "ReadConfig"), static_cast<int>(lk::ops::Outcome::Passed));
+
+      // Closing during a command stops it, lets it end its chip session, then closes.
+      w.ToolbarButtonClick("auto");
+      QTRY_VERIFY_WITH_TIMEOUT(w.Document()->Progress()->value() > 0, 10000);
+      QVERIFY(!w.close());
+      QVERIFY(w.isVisible());
+      QVERIFY(done.wait(10000));
+      QTRY_VERIFY(!w.isVisible());
+      QCOMPARE(Lines(w), QStringList({"Program Fail!"}));
+      QCOMPARE(rig.Value("data.dat", "Data", "McuType"), std::string("QVM50P99"));
     }
   }
 
