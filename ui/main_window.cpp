@@ -160,8 +160,9 @@ bool MainWindow::Start() {
 }
 
 bool MainWindow::Start(std::unique_ptr<Writer> writer) {
+  if (!writer) return false;
   writer_ = std::move(writer);
-  if (!writer_) return false;
+  writerReady_ = true;
   socketModel_ = project_.Chip.Name;
   writer_->SetStopFlag(&stop_);
   timer1_.start();
@@ -768,7 +769,7 @@ bool MainWindow::EnsureWriter(const std::string& model) {
 }
 
 void MainWindow::RunCommand(const QString& name, Command command) {
-  if (busy_ || !writer_) return;
+  if (busy_ || !writerReady_) return;
   busy_ = true;
   stop_.store(false);
   // The window is the command's from the click on, even while a tick still holds the
@@ -828,7 +829,7 @@ void MainWindow::StopCommand() {
 }
 
 void MainWindow::PostMonitorTick() {
-  if (busy_ || tickInFlight_ || !writer_) return;
+  if (busy_ || tickInFlight_ || !writerReady_) return;
   tickInFlight_ = true;
   const std::string model = project_.Chip.Name;
   worker_.Post([this, file = watched_, model]() mutable {

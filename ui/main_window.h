@@ -154,6 +154,7 @@ class MainWindow : public QMainWindow, private HostView {
   std::atomic<bool> stop_{false};
 
   // The window's thread only.
+  bool writerReady_ = false;  // Start has built the writer (writer_ is the thread's then)
   bool busy_ = false;
   bool tickInFlight_ = false;
   bool closeWhenIdle_ = false;

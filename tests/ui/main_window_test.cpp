@@ -480,6 +480,20 @@ class MainWindowTest : public QObject {
       VerifyWindowGivenBack(w);
     }
     {
+      // Unplugged in the middle of the program memory: the failure line, and the window
+      // is the operator's at once.
+      Rig rig;
+      rig.options.simFault = "unplug@30";
+      MainWindow& w = rig.Open();
+      w.OpenDocumentAt(rig.Example("qvm50p99.lkx"));
+      Tick(w);
+      QCOMPARE(Click(w, "program"), static_cast<int>(lk::ops::Outcome::Failed));
+      QCOMPARE(Lines(w), QStringList({"Program Fail!"}));
+      VerifyWindowGivenBack(w);
+      Tick(w);
+      QCOMPARE(w.StatusPanel(4), QString("No Device Connected"));
+    }
+    {
       Rig rig;
       rig.options.simTiming = true;
       MainWindow& w = rig.Open();
