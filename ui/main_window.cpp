@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
@@ -449,12 +450,16 @@ QString MainWindow::StatusPanel(int panel) const {
 // Start-up and close
 
 void MainWindow::LoadSession() {
-  const QRect main = RectOf(ReadGeometry(host_, home_, "FrmMain"));
-  if (main.width() >= 320 && main.height() >= 240) {
-    setGeometry(main);
-  } else {
-    resize(1024, 720);
+  // The saved place, kept on the screen as it is now (a smaller screen, a larger scale).
+  QRect main = RectOf(ReadGeometry(host_, home_, "FrmMain"));
+  if (main.width() < 320 || main.height() < 240) main.setSize({1024, 720});
+  if (const QScreen* shown = screen()) {
+    const QRect room = shown->availableGeometry();
+    main.setSize(main.size().boundedTo(room.size() - QSize(16, 48)));
+    main.moveLeft(std::clamp(main.left(), room.left(), room.right() - main.width()));
+    main.moveTop(std::clamp(main.top(), room.top(), room.bottom() - main.height()));
   }
+  setGeometry(main);
   const std::pair<QMdiSubWindow*, const char*> children[] = {
       {docSub_, "FrmDoc"}, {configSub_, "FrmConfigDisp"}, {messageSub_, "FrmMessage"}};
   for (const auto& [sub, name] : children) {
