@@ -475,7 +475,8 @@ class MainWindowTest : public QObject {
       }
       QCOMPARE(done.size(), 1);
       QVERIFY(clock.elapsed() >= 700);  // at least one answer was awaited in vain
-      QVERIFY2(longestGap < 250, qPrintable(QString::number(longestGap)));
+      // Each unanswered packet holds the writer's thread 700 ms: the window never waits that long.
+      QVERIFY2(longestGap < 500, qPrintable(QString::number(longestGap)));
       QCOMPARE(Lines(w).last(), QString("MCU Type Error!"));
       VerifyWindowGivenBack(w);
     }
