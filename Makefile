@@ -23,13 +23,19 @@ build: configure
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) --timeout 300
 
-# The chip list, the selected chip, an example project (its first lines) and the
-# simulated writer's connection lines.
+# The desktop program on the simulated writer with an example project open. Without a
+# display: the chip list, the selected chip, an example project (its first lines) and
+# the simulated writer's connection lines from the command line.
 run: build
-	$(BUILD)/lkwriter-cli --home $(BUILD) chips
-	$(BUILD)/lkwriter-cli --home $(BUILD) chip
-	$(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx | head -n 12
-	$(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe
+	@if [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then \
+	  cd $(BUILD) && ./lkwriter --home . --device sim examples/qvm50p99.lkx; \
+	else \
+	  echo "No display (DISPLAY and WAYLAND_DISPLAY are empty): running the command-line demo instead."; \
+	  $(BUILD)/lkwriter-cli --home $(BUILD) chips && \
+	  $(BUILD)/lkwriter-cli --home $(BUILD) chip && \
+	  { $(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx | head -n 12; } && \
+	  $(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe; \
+	fi
 
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo

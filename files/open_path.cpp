@@ -67,6 +67,14 @@ OpenResult DescribeImage(const Project& project) {
   return result;
 }
 
+std::string OpenDialogFilter(const ChipParams& chip) {
+  if (chip.Prod == "32A3") return "lkx(*.sn8,*.bct,*.lkx)|*.sn8;*.bct;*.lkx";
+  if (OneOf(chip.Prod, {"30D1", "30D2", "30D3", "30D4"})) {
+    return "lkx(*.ftc,*.bct,*.lkx)|*.ftc;*.bct;*.lkx";
+  }
+  return "lkx(*.bin,*.bct,*.lkx)|*.bin;*.bct;*.lkx";
+}
+
 OpenResult NewFile(Project& project) {
   ChipParams& chip = project.Chip;
   std::fill(chip.RomWords.begin(), chip.RomWords.end(), chip.HexMcu);

@@ -42,6 +42,13 @@ OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::s
 // stay as they are.
 OpenResult NewFile(Project& project);
 
+// The Open dialog's filter for the selected chip, written "label|patterns" with the
+// patterns separated by ";": the product code decides which foreign format is offered
+// beside BCT and the project file.
+std::string OpenDialogFilter(const ChipParams& chip);
+// The Save dialog's filter, in the same form.
+inline constexpr const char* kSaveDialogFilter = "lkx(*.lkx)|*.lkx";
+
 // Everything OpenPath redraws, from the current image (hex text, checksum, EEDATA view).
 OpenResult DescribeImage(const Project& project);
 

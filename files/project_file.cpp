@@ -148,17 +148,20 @@ std::string ProjectSavePath(const std::string& chosenName) {
   return chosenName + ".lkx";
 }
 
+bool WriteProjectFile(Host& host, const ChipParams& chip, const std::string& path,
+                      const std::string& hexText) {
+  std::string error;
+  if (WriteFileAtomically(path, BuildProjectBytes(chip, hexText), error)) return true;
+  host.Message(Icon::Critical, "Save File Error! " + error, kAppTitle);
+  return false;
+}
+
 SaveResult SaveProject(Host& host, const Home& home, Project& project,
                        const std::string& chosenName) {
   SaveResult result;
   result.Path = ProjectSavePath(chosenName);
   if (result.Path.empty()) return result;
-  const std::string bytes = BuildProjectBytes(project.Chip, HexText(project.Chip));
-  std::string error;
-  if (!WriteFileAtomically(result.Path, bytes, error)) {
-    host.Message(Icon::Critical, "Save File Error! " + error, kAppTitle);
-    return result;
-  }
+  if (!WriteProjectFile(host, project.Chip, result.Path, HexText(project.Chip))) return result;
   result.Saved = true;
   result.Reopened = OpenPath(host, home, project, result.Path);
   return result;

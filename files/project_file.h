@@ -34,6 +34,12 @@ std::string BuildProjectBytes(const ChipParams& chip, const std::string& hexText
 // (any case), so an explicit OUT.lkx is not doubled. Empty for an empty name.
 std::string ProjectSavePath(const std::string& chosenName);
 
+// Writes the project file for chip at path, the program words taken from hexText (see
+// BuildProjectBytes). Atomic: a failed write shows "Save File Error! ..." and the old file
+// survives. True when the file was written.
+bool WriteProjectFile(Host& host, const ChipParams& chip, const std::string& path,
+                      const std::string& hexText);
+
 struct SaveResult {
   bool Saved = false;   // the file was written
   std::string Path;     // the path written

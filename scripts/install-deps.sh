@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev libhidapi-dev libgtest-dev libgmock-dev libcli11-dev libbenchmark-dev
-  xvfb xauth clang libclang-rt-14-dev binutils
+  xvfb xauth fonts-wqy-microhei clang libclang-rt-14-dev binutils
 )
 
 missing=()

@@ -1,0 +1,42 @@
+// The writer a front-end talks to, chosen by the device options both programs share:
+// --device usb | usb:PATH | sim (with the --sim-* options), --timeout for every answer,
+// --trace for the packet trace.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "core/home.h"
+#include "core/host.h"
+#include "link/transport.h"
+#include "link/writer.h"
+
+namespace lk::ops {
+
+struct DeviceOptions {
+  std::string device = "usb";  // usb | usb:PATH | sim
+  std::string simState;        // file keeping the simulated writer's state
+  std::string simChip;         // model in the simulated socket ("" = the socket model given)
+  int simVersion = 3;          // firmware version low byte of the simulated writer
+  std::string simFault;        // KIND@N
+  bool simTiming = false;      // the simulator's timing model (benchmarks)
+  int timeoutMs = 0;           // receive timeout; 0 keeps the writer's default
+  std::string trace;           // file receiving every report as a hex line
+};
+
+// True when the options select the simulated writer.
+bool IsSimulated(const DeviceOptions& options);
+
+// The bus the options select, traced when a trace file is given. The simulated socket
+// holds simChip, else socketModel. nullptr, with a message through the host, when the
+// options cannot be used.
+std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const DeviceOptions& options,
+                                         const std::string& socketModel);
+
+// A Writer over that bus, the timeout applied, its diagnostics and progress going to the
+// host; nullptr as above.
+std::unique_ptr<Writer> MakeDeviceWriter(Host& host, const Home& home,
+                                         const DeviceOptions& options,
+                                         const std::string& socketModel);
+
+}  // namespace lk::ops

@@ -1,0 +1,875 @@
+#include "ui/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
+#include <QUrl>
+#include <cmath>
+#include <filesystem>
+
+#include "core/chip_database.h"
+#include "core/config_defs.h"
+#include "core/config_rules.h"
+#include "core/image.h"
+#include "core/session.h"
+#include "files/open_path.h"
+#include "files/project_file.h"
+#include "ops/auto_sequence.h"
+#include "ops/chip_commands.h"
+#include "ops/config_commands.h"
+#include "ops/documents.h"
+#include "ops/download.h"
+#include "ops/eedata_operations.h"
+#include "ops/open_document.h"
+#include "ui/on_gui.h"
+
+namespace lk::ui {
+namespace {
+
+// Window geometry is kept in twips: 15 to a (device-independent) pixel.
+constexpr double kTwipsPerPixel = 15.0;
+
+int Pixels(float twips) { return static_cast<int>(std::lround(twips / kTwipsPerPixel)); }
+float Twips(int pixels) { return static_cast<float>(pixels * kTwipsPerPixel); }
+
+QRect RectOf(const WindowGeometry& g) {
+  return QRect(Pixels(g.Left), Pixels(g.Top), Pixels(g.Width), Pixels(g.Height));
+}
+
+WindowGeometry GeometryOf(const QRect& r) {
+  return {Twips(r.x()), Twips(r.y()), Twips(r.width()), Twips(r.height())};
+}
+
+QString Q(const std::string& text) { return QString::fromStdString(text); }
+
+// "label|p1;p2" as a file dialog takes it: "label (p1 p2)".
+QString DialogFilter(const std::string& filter) {
+  const QString text = Q(filter);
+  const qsizetype bar = text.indexOf('|');
+  if (bar < 0) return text;
+  QString patterns = text.mid(bar + 1);
+  patterns.replace(';', ' ');
+  return text.left(bar) + " (" + patterns + ")";
+}
+
+// The texts of the menus and buttons that the chip does not decide.
+constexpr const char* kLater = "comes with the dialogs";
+
+}  // namespace
+
+// The frame's duties, called by the operations on the writer's thread and carried out
+// on the window's thread while the operation waits.
+class MainWindow::Frame : public ops::FrameUi {
+ public:
+  explicit Frame(MainWindow& window) : w_(window) {}
+  // What only changes the window's state is posted, in order with the log lines; what
+  // reads the project waits, since the operation goes on to change it.
+  void PauseMonitor() override {
+    Post([this] { w_.timer1_.stop(); });
+  }
+  void ResumeMonitor() override {
+    Post([this] { w_.timer1_.start(); });
+  }
+  void SetWindowEnabled(bool enabled) override {
+    Post([this, enabled] { w_.SetInputEnabled(enabled); });
+  }
+  void ResetProgress() override {
+    Post([this] { w_.ResetProgress(); });
+  }
+  // The window paints itself while the command runs: there is nothing to let through.
+  void PumpEvents() override {}
+  void RefreshDocument() override {
+    Wait([this] { w_.ShowDocument(); });
+  }
+  void RefreshConfigDisplay() override {
+    Wait([this] { w_.ShowConfigOptions(); });
+  }
+  // The EEDATA window comes with the dialogs; until then there is no view to refresh.
+  void RefreshEedataView() override {}
+  std::vector<std::string> OpenWindowNames() const override {
+    std::vector<std::string> names;
+    Wait([this, &names] { names = w_.OpenWindowNames(); });
+    return names;
+  }
+
+ private:
+  void Post(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), false); }
+  void Wait(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), true); }
+  MainWindow& w_;
+};
+
+void Dialogs::Message(QWidget* parent, Icon icon, const QString& text, const QString& caption) {
+  QMessageBox::Icon shown = QMessageBox::NoIcon;
+  switch (icon) {
+    case Icon::Information: shown = QMessageBox::Information; break;
+    case Icon::Exclamation: shown = QMessageBox::Warning; break;
+    case Icon::Critical: shown = QMessageBox::Critical; break;
+    case Icon::Question: shown = QMessageBox::Question; break;
+    case Icon::None: break;
+  }
+  QMessageBox box(shown, caption, text, QMessageBox::Ok, parent);
+  box.exec();
+}
+
+bool Dialogs::Ask(QWidget* parent, const QString& text, const QString& caption) {
+  QMessageBox box(QMessageBox::Question, caption, text, QMessageBox::Ok | QMessageBox::Cancel,
+                  parent);
+  return box.exec() == QMessageBox::Ok;
+}
+
+MainWindow::MainWindow(const Home& home, const ops::DeviceOptions& device,
+                       std::unique_ptr<Dialogs> dialogs, QWidget* parent)
+    : QMainWindow(parent),
+      home_(home),
+      device_(device),
+      host_(this, *this, home.Dat("lkwriter-diagnostic.log")),
+      frame_(std::make_unique<Frame>(*this)),
+      dialogs_(dialogs ? std::move(dialogs) : std::make_unique<Dialogs>()) {
+  Name(this, "FrmMain");
+  const std::string caption =
+      "LKMCU Writer v" + std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor);
+  setWindowTitle(Q(caption));
+  timer1_.setObjectName("Timer1");
+  timer1_.setInterval(1000);
+  connect(&timer1_, &QTimer::timeout, this, &MainWindow::PostMonitorTick);
+
+  BuildChildWindows();
+  BuildMenus();
+  BuildToolbar();
+  BuildStatusBar();
+  SetStatusPanel(5, caption);
+  LoadSession();
+  SetAutoBlankMode(true);
+  SetModifyMode(false);
+  UpdateEedataMenus();
+  ShowProjectImage();
+}
+
+MainWindow::~MainWindow() = default;
+
+bool MainWindow::Start() {
+  return Start(ops::MakeDeviceWriter(host_, home_, device_, project_.Chip.Name));
+}
+
+bool MainWindow::Start(std::unique_ptr<Writer> writer) {
+  if (!writer) return false;
+  writer_ = std::move(writer);
+  writerReady_ = true;
+  socketModel_ = project_.Chip.Name;
+  writer_->SetStopFlag(&stop_);
+  timer1_.start();
+  PostMonitorTick();  // the status panel need not wait a second
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Building the window
+
+void MainWindow::BuildChildWindows() {
+  mdi_ = new QMdiArea(this);
+  Name(mdi_, "MDIClient");
+  setCentralWidget(mdi_);
+
+  doc_ = new DocWindow;
+  config_ = new ConfigWindow;
+  message_ = new MessageWindow;
+  auto add = [this](QWidget* content, const QString& name, const QString& caption) {
+    QMdiSubWindow* sub = mdi_->addSubWindow(content, Qt::SubWindow);
+    Name(sub, name);
+    sub->setWindowTitle(caption);
+    sub->setAttribute(Qt::WA_DeleteOnClose, false);
+    sub->setWindowFlags(Qt::SubWindow | Qt::WindowTitleHint | Qt::WindowMinMaxButtonsHint);
+    sub->show();
+    return sub;
+  };
+  docSub_ = add(doc_, "FrmDoc", "");
+  configSub_ = add(config_, "FrmConfigDisp", QStringLiteral("配置"));
+  messageSub_ = add(message_, "FrmMessage", "Message");
+}
+
+namespace {
+
+QAction* MakeAction(QObject* owner, std::map<QString, QAction*>& actions, const QString& name,
+                    const QString& text, const QKeySequence& keys = {}) {
+  auto* action = new QAction(text, owner);
+  action->setObjectName(name);
+  if (!keys.isEmpty()) {
+    action->setShortcut(keys);
+    action->setShortcutContext(Qt::WindowShortcut);
+  }
+  actions[name] = action;
+  return action;
+}
+
+}  // namespace
+
+void MainWindow::BuildMenus() {
+  auto act = [this](const QString& name, const QString& text, const QKeySequence& keys = {}) {
+    return MakeAction(this, actions_, name, text, keys);
+  };
+  auto heading = [this](const QString& name, const QString& title) {
+    QMenu* menu = menuBar()->addMenu(title);
+    Name(menu, name);
+    return menu;
+  };
+  auto later = [](QAction* action) {
+    action->setEnabled(false);
+    action->setToolTip(kLater);
+    action->setStatusTip(kLater);
+  };
+
+  QMenu* file = heading("mnuFile", QStringLiteral("文件(&F)"));
+  auto item = [file](QAction* action) {
+    file->addAction(action);
+    return action;
+  };
+  connect(item(act("mnuNew", QStringLiteral("新建(&N)"), QKeySequence::New)), &QAction::triggered,
+          this, &MainWindow::NewDocument);
+  connect(item(act("mnuOpen", QStringLiteral("打开(&O)..."), QKeySequence::Open)),
+          &QAction::triggered, this, &MainWindow::OpenDocumentDialog);
+  connect(item(act("mnuSave", QStringLiteral("保存(&S)..."), QKeySequence::Save)),
+          &QAction::triggered, this, &MainWindow::SaveDocumentDialog);
+  file->addSeparator();
+  for (int i = 0; i < 5; ++i) {
+    auto* recent = new QAction(this);
+    recent->setObjectName("mnuOpenList");
+    recent->setProperty("index", i);
+    recent->setVisible(false);
+    connect(recent, &QAction::triggered, this, [this, i] {
+      // A copy: opening rewrites the list the entry lives in.
+      const std::string path = project_.RecentFiles[static_cast<std::size_t>(i)];
+      OpenDocumentAt(path);
+    });
+    file->addAction(recent);
+    recentActions_.push_back(recent);
+  }
+  file->addSeparator();
+  connect(item(act("mnuExit", QStringLiteral("退出(&X)"))), &QAction::triggered, this,
+          &QWidget::close);
+
+  QMenu* run = heading("mnuRun", QStringLiteral("操作(&R)"));
+  auto command = [this, run, act](const QString& name, const QString& text,
+                                  const QKeySequence& keys, Command body) {
+    QAction* action = act(name, text, keys);
+    run->addAction(action);
+    connect(action, &QAction::triggered, this, [this, name, body] { RunCommand(name, body); });
+    return action;
+  };
+  command("mnuProgram", QStringLiteral("编程"), Qt::Key_F6, ops::Program);
+  command("mnuVerify", QStringLiteral("校验"), Qt::Key_F7, ops::Verify);
+  command("mnuRead", QStringLiteral("读取"), Qt::Key_F8, ops::Read);
+  command("mnuBlank", QStringLiteral("空检"), Qt::Key_F9, ops::BlankCheck);
+  run->addSeparator();
+  QAction* autoRun = act("mnuAuto", QStringLiteral("自动烧录"), Qt::Key_F5);
+  run->addAction(autoRun);
+  connect(autoRun, &QAction::triggered, this, [this] {
+    const bool withBlank = actions_["mnuAutoBlank"]->isChecked();
+    RunCommand("mnuAuto", [withBlank](ops::Station& st) { return ops::Auto(st, withBlank); });
+  });
+  autoMenu_ = run->addMenu(QStringLiteral("自动烧录方式"));
+  Name(autoMenu_, "mnuAutoMode");
+  QAction* autoBlank = act("mnuAutoBlank", QStringLiteral("包含空检"));
+  QAction* autoNoBlank = act("mnuAutoNoBlank", QStringLiteral("不包含空检"));
+  autoBlank->setCheckable(true);
+  autoNoBlank->setCheckable(true);
+  autoMenu_->addAction(autoBlank);
+  autoMenu_->addAction(autoNoBlank);
+  connect(autoBlank, &QAction::triggered, this, [this] { SetAutoBlankMode(true); });
+  connect(autoNoBlank, &QAction::triggered, this, [this] { SetAutoBlankMode(false); });
+  run->addSeparator();
+  command("mnuOption", QStringLiteral("写配置字"), QKeySequence(Qt::CTRL | Qt::Key_F6),
+          ops::ConfigWrite);
+  command("mnuReadConfig", QStringLiteral("读配置字"), QKeySequence(Qt::CTRL | Qt::Key_F8),
+          ops::ConfigRead);
+  run->addSeparator();
+  QAction* readEe = act("mnuReadEeprom", QStringLiteral("读取 EEDATA"),
+                        QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F8));
+  QAction* writeEe = act("mnuWriteEeprom", QStringLiteral("写入 EEDATA"),
+                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F6));
+  run->addAction(readEe);
+  run->addAction(writeEe);
+  connect(readEe, &QAction::triggered, this, [this] { RunEedataCommand("mnuReadEeprom", false); });
+  connect(writeEe, &QAction::triggered, this,
+          [this] { RunEedataCommand("mnuWriteEeprom", true); });
+  run->addSeparator();
+  command("mnuDownload", QStringLiteral("下载到烧录器"), QKeySequence(Qt::CTRL | Qt::Key_D),
+          ops::Download);
+
+  QMenu* setting = heading("mnuSetting", QStringLiteral("设置(&S)"));
+  setting->setToolTipsVisible(true);
+  for (const auto& [name, text] : std::initializer_list<std::pair<QString, QString>>{
+           {"mnuConfigset", QStringLiteral("配置字设置...")},
+           {"mnuRollingCode", QStringLiteral("滚动码设置...")},
+           {"mnuEeprom", QStringLiteral("EEDATA 窗口...")},
+           {"mnuWriterID", QStringLiteral("烧录器 ID...")}}) {
+    QAction* action = act(name, text);
+    later(action);
+    setting->addAction(action);
+  }
+
+  QMenu* modify = heading("mnuFilemodify", QStringLiteral("编辑(&E)"));
+  QMenu* modeset = modify->addMenu(QStringLiteral("文件修改"));
+  Name(modeset, "mnumodeset");
+  QAction* enable = act("mnuModifyEnable", QStringLiteral("允许修改"));
+  QAction* disable = act("mnuModifyDisable", QStringLiteral("禁止修改"));
+  enable->setCheckable(true);
+  disable->setCheckable(true);
+  modeset->addAction(enable);
+  modeset->addAction(disable);
+  connect(enable, &QAction::triggered, this, [this] { SetModifyMode(true); });
+  connect(disable, &QAction::triggered, this, [this] { SetModifyMode(false); });
+
+  QMenu* help = heading("mnuHelp", QStringLiteral("帮助(&H)"));
+  help->setToolTipsVisible(true);
+  docMenu_ = help->addMenu(QStringLiteral("芯片资料"));
+  Name(docMenu_, "mnuDoc");
+  QAction* about = act("mnuAbout", QStringLiteral("关于(&A)..."));
+  later(about);
+  help->addAction(about);
+}
+
+void MainWindow::BuildToolbar() {
+  toolbar_ = addToolBar(QStringLiteral("工具栏"));
+  Name(toolbar_, "Toolbar1");
+  toolbar_->setMovable(false);
+  toolbar_->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+  toolbar_->setIconSize(QSize(24, 24));
+  struct ButtonDef {
+    const char* key;
+    const char* text;
+    QStyle::StandardPixmap icon;
+  };
+  const ButtonDef defs[] = {
+      {"new", "新建", QStyle::SP_FileIcon},
+      {"open", "打开", QStyle::SP_DialogOpenButton},
+      {"save", "保存", QStyle::SP_DialogSaveButton},
+      {"", nullptr, QStyle::SP_CustomBase},
+      {"auto", "自动", QStyle::SP_MediaPlay},
+      {"blank", "空检", QStyle::SP_DialogResetButton},
+      {"read", "读取", QStyle::SP_ArrowUp},
+      {"program", "编程", QStyle::SP_ArrowDown},
+      {"verify", "校验", QStyle::SP_DialogApplyButton},
+      {"", nullptr, QStyle::SP_CustomBase},
+      {"option", "写配置", QStyle::SP_FileDialogDetailedView},
+      {"ReadConfig", "读配置", QStyle::SP_FileDialogInfoView},
+      {"download", "下载", QStyle::SP_DriveHDIcon},
+      {"", nullptr, QStyle::SP_CustomBase},
+      {"setting", "设置", QStyle::SP_ComputerIcon},
+      {"about", "关于", QStyle::SP_MessageBoxInformation},
+  };
+  for (const ButtonDef& def : defs) {
+    if (def.text == nullptr) {
+      toolbar_->addSeparator();
+      continue;
+    }
+    auto* button = new QToolButton(toolbar_);
+    const QString key = def.key;
+    Name(button, key);
+    button->setProperty("key", key);
+    button->setText(QString::fromUtf8(def.text));
+    button->setIcon(style()->standardIcon(def.icon));
+    button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    button->setAutoRaise(true);
+    connect(button, &QToolButton::clicked, this, [this, key] { ToolbarButtonClick(key); });
+    toolbar_->addWidget(button);
+    buttons_[key] = button;
+  }
+  for (const char* key : {"setting", "about"}) {
+    buttons_[key]->setEnabled(false);
+    buttons_[key]->setToolTip(kLater);
+  }
+  // The auto button's arrow offers the two ways of the auto sequence.
+  QToolButton* autoButton = buttons_["auto"];
+  auto* drop = new QMenu(autoButton);
+  Name(drop, "autoDropDown");
+  drop->addAction(actions_["mnuAutoBlank"]);
+  drop->addAction(actions_["mnuAutoNoBlank"]);
+  autoButton->setMenu(drop);
+  autoButton->setPopupMode(QToolButton::MenuButtonPopup);
+
+  // The second row: the chip model, and what stays live while a command runs, Stop and
+  // the verdict of the last command.
+  addToolBarBreak();
+  QToolBar* production = addToolBar(QStringLiteral("生产"));
+  Name(production, "ProductionBar");
+  production->setMovable(false);
+  production->addWidget(new QLabel(QStringLiteral(" 芯片型号 "), production));
+  models_ = new QComboBox(production);
+  Name(models_, "ModelChooser");
+  models_->setToolTip(QStringLiteral("选择芯片型号"));
+  models_->setMaxVisibleItems(20);
+  models_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+  production->addWidget(models_);
+  connect(models_, &QComboBox::activated, this,
+          [this](int index) { SelectModel(models_->itemText(index).toStdString()); });
+  production->addSeparator();
+  stopButton_ = new QToolButton(production);
+  Name(stopButton_, "Stop");
+  stopButton_->setText(QStringLiteral("停止"));
+  stopButton_->setIcon(style()->standardIcon(QStyle::SP_BrowserStop));
+  stopButton_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  stopButton_->setShortcut(Qt::Key_Escape);
+  stopButton_->setToolTip(QStringLiteral("停止当前操作 (Esc)"));
+  stopButton_->setEnabled(false);
+  connect(stopButton_, &QToolButton::clicked, this, &MainWindow::StopCommand);
+  production->addWidget(stopButton_);
+  results_ = new ResultPanel(production);
+  production->addWidget(results_);
+}
+
+void MainWindow::BuildStatusBar() {
+  QStatusBar* bar = statusBar();
+  Name(bar, "StatusBar1");
+  const int stretch[] = {2, 1, 3, 2, 1};
+  for (int i = 0; i < 5; ++i) {
+    auto* panel = new QLabel(bar);
+    Name(panel, QStringLiteral("StatusBar1Panel%1").arg(i + 1));
+    panel->setFrameShape(QFrame::StyledPanel);
+    panel->setFrameShadow(QFrame::Sunken);
+    bar->addPermanentWidget(panel, stretch[i]);
+    panels_.push_back(panel);
+  }
+  panels_[3]->setText("No Device Connected");
+}
+
+QString MainWindow::StatusPanel(int panel) const {
+  if (panel < 1 || panel > static_cast<int>(panels_.size())) return {};
+  return panels_[static_cast<std::size_t>(panel - 1)]->text();
+}
+
+// ---------------------------------------------------------------------------------------
+// Start-up and close
+
+void MainWindow::LoadSession() {
+  // The saved place, kept on the screen as it is now (a smaller screen, a larger scale).
+  QRect main = RectOf(ReadGeometry(host_, home_, "FrmMain"));
+  if (main.width() < 320 || main.height() < 240) main.setSize({1024, 720});
+  if (const QScreen* shown = screen()) {
+    const QRect room = shown->availableGeometry();
+    main.setSize(main.size().boundedTo(room.size() - QSize(16, 48)));
+    main.moveLeft(std::clamp(main.left(), room.left(), room.right() - main.width()));
+    main.moveTop(std::clamp(main.top(), room.top(), room.bottom() - main.height()));
+  }
+  setGeometry(main);
+  const std::pair<QMdiSubWindow*, const char*> children[] = {
+      {docSub_, "FrmDoc"}, {configSub_, "FrmConfigDisp"}, {messageSub_, "FrmMessage"}};
+  for (const auto& [sub, name] : children) {
+    const QRect r = RectOf(ReadGeometry(host_, home_, name));
+    if (r.width() >= 80 && r.height() >= 60) {
+      sub->setGeometry(r);
+    } else {
+      sub->resize(400, 240);
+    }
+  }
+  const ColumnWidths columns = ReadConfigColumns(host_, home_);
+  QTreeWidget* list = config_->List();
+  if (Pixels(columns.First) > 0) list->setColumnWidth(0, Pixels(columns.First));
+  if (Pixels(columns.Second) > 0) list->setColumnWidth(1, Pixels(columns.Second));
+
+  project_.RecentFiles = ReadRecentFiles(host_, home_);
+  RebuildRecentMenu();
+  BuildDocumentMenu();
+
+  project_.Chip = LoadStartupChip(host_, home_, ReadMcuType(host_, home_));
+  models_->clear();
+  for (const std::string& model : ListModels(host_, home_)) models_->addItem(Q(model));
+  models_->setCurrentText(Q(project_.Chip.Name));
+}
+
+void MainWindow::SaveSession() {
+  const std::pair<QWidget*, const char*> windows[] = {{this, "FrmMain"},
+                                                      {docSub_, "FrmDoc"},
+                                                      {configSub_, "FrmConfigDisp"},
+                                                      {messageSub_, "FrmMessage"}};
+  for (const auto& [window, name] : windows) {
+    WriteGeometry(host_, home_, name, GeometryOf(window->geometry()));
+  }
+  QTreeWidget* list = config_->List();
+  WriteConfigColumns(host_, home_, {Twips(list->columnWidth(0)), Twips(list->columnWidth(1))});
+  WriteMcuType(host_, home_, project_.Chip.Name);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (fitted_) return;
+  fitted_ = true;
+  // Once the layout has given the child area its size.
+  QTimer::singleShot(0, this, &MainWindow::FitChildWindows);
+}
+
+// A child window that the saved geometry puts partly outside the child area (a smaller
+// screen, a larger toolbar) is brought inside it.
+void MainWindow::FitChildWindows() {
+  const QSize area = mdi_->viewport()->size();
+  for (QMdiSubWindow* sub : {docSub_, configSub_, messageSub_}) {
+    QRect g = sub->geometry();
+    // Shrink first, so that it keeps its place beside the others; move only if need be.
+    if (g.left() + g.width() > area.width()) g.setWidth(std::max(120, area.width() - g.left()));
+    if (g.top() + g.height() > area.height()) g.setHeight(std::max(80, area.height() - g.top()));
+    g.setWidth(std::min(g.width(), area.width()));
+    g.setHeight(std::min(g.height(), area.height()));
+    g.moveLeft(std::clamp(g.left(), 0, std::max(0, area.width() - g.width())));
+    g.moveTop(std::clamp(g.top(), 0, std::max(0, area.height() - g.height())));
+    if (g.bottom() >= area.height() || g.right() >= area.width()) continue;
+    if (g != sub->geometry()) sub->setGeometry(g);
+  }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (busy_ || tickInFlight_) {
+    // The writer's thread finishes first (a command is stopped at its next packet and
+    // still ends its chip session); the window closes when it is free.
+    closeWhenIdle_ = true;
+    if (busy_) StopCommand();
+    event->ignore();
+    return;
+  }
+  timer1_.stop();
+  SaveSession();
+  event->accept();
+}
+
+// ---------------------------------------------------------------------------------------
+// The views
+
+void MainWindow::ShowProjectImage() {
+  ShowDocument();
+  SetBlankEraseCaptions();
+  ShowConfigOptions();
+}
+
+void MainWindow::ShowDocument() {
+  const ChipParams& chip = project_.Chip;
+  doc_->SetHexText(HexText(chip));
+  const std::string checksum = ChecksumText(ProgramChecksum(chip));
+  doc_->SetChecksum(checksum);
+  SetStatusPanel(2, checksum);
+  doc_->SetInfo(QStringLiteral("%1  %2 words").arg(Q(chip.Name)).arg(chip.RomWords.size()));
+  docSub_->setWindowTitle(Q(project_.DocCaption));
+}
+
+void MainWindow::ShowConfigOptions() {
+  config_->SetRows(lk::ShowConfigOptions(host_, home_, project_.Chip));
+}
+
+void MainWindow::SetBlankEraseCaptions() {
+  const BlankEraseCaptions c = GetBlankEraseCaptions(project_.Chip);
+  actions_["mnuBlank"]->setText(Q(c.Blank));
+  actions_["mnuAutoBlank"]->setText(Q(c.AutoBlank));
+  actions_["mnuAutoNoBlank"]->setText(Q(c.AutoNoBlank));
+  buttons_["blank"]->setText(Q(c.Blank));
+  buttons_["blank"]->setToolTip(Q(c.ButtonTip));
+}
+
+void MainWindow::UpdateEedataMenus() {
+  const bool enabled = EedataMenusEnabled(project_.Chip);
+  actions_["mnuReadEeprom"]->setEnabled(enabled);
+  actions_["mnuWriteEeprom"]->setEnabled(enabled);
+  // mnuEeprom, the third entry, opens the EEDATA window, which comes with the dialogs.
+}
+
+void MainWindow::RebuildRecentMenu() {
+  for (std::size_t i = 0; i < recentActions_.size(); ++i) {
+    const std::string& path = project_.RecentFiles[i];
+    recentActions_[i]->setText(QStringLiteral("&%1 %2").arg(i + 1).arg(Q(path)));
+    recentActions_[i]->setVisible(!path.empty());
+  }
+}
+
+void MainWindow::BuildDocumentMenu() {
+  docMenu_->clear();
+  const std::vector<std::string> files = ops::DocumentFiles(home_);
+  for (const std::string& name : files) {
+    QAction* entry = docMenu_->addAction(Q(name));
+    entry->setObjectName("mnuSubDoc");
+    connect(entry, &QAction::triggered, this, [this, entry] { OpenChipDocument(entry->text()); });
+  }
+  docMenu_->menuAction()->setVisible(!files.empty());
+}
+
+void MainWindow::OpenChipDocument(const QString& name) {
+  const QString path = Q((home_.DocFolder() / name.toStdString()).string());
+  ops::DocumentOpen result = ops::DocumentOpen::Opened;
+  if (!QFileInfo(path).isFile()) {
+    result = ops::DocumentOpen::NotFound;
+  } else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path))) {
+    result = ops::DocumentOpen::NoProgram;
+  }
+  const std::string text = ops::DocumentOpenFailureText(name.toStdString(), result);
+  if (!text.empty()) host_.Message(Icon::Exclamation, text, kAppTitle);
+}
+
+void MainWindow::SetAutoBlankMode(bool withBlank) {
+  actions_["mnuAutoBlank"]->setChecked(withBlank);
+  actions_["mnuAutoNoBlank"]->setChecked(!withBlank);
+}
+
+void MainWindow::SetModifyMode(bool enabled) {
+  actions_["mnuModifyEnable"]->setChecked(enabled);
+  actions_["mnuModifyDisable"]->setChecked(!enabled);
+  doc_->SetEditable(enabled);
+}
+
+std::vector<std::string> MainWindow::OpenWindowNames() const {
+  std::vector<std::string> names;
+  for (QMdiSubWindow* sub : mdi_->subWindowList()) {
+    if (sub->isVisible()) names.push_back(sub->objectName().toStdString());
+  }
+  return names;
+}
+
+// ---------------------------------------------------------------------------------------
+// HostView: what the Host shows, on the window's thread
+
+void MainWindow::ShowMessage(Icon icon, const std::string& text, const std::string& caption) {
+  dialogs_->Message(this, icon, Q(text), Q(caption));
+}
+
+bool MainWindow::AskQuestion(const std::string& text, const std::string& caption) {
+  return dialogs_->Ask(this, Q(text), Q(caption));
+}
+
+void MainWindow::AppendLog(const std::string& line) { message_->Append(line); }
+void MainWindow::ReplaceLastLogLine(const std::string& line) { message_->ReplaceLast(line); }
+void MainWindow::ClearLogLines() { message_->Clear(); }
+
+void MainWindow::SetProgress(long value, long maximum) {
+  QProgressBar* bar = doc_->Progress();
+  const int top = static_cast<int>(std::clamp<long>(maximum, 1, INT_MAX));
+  if (bar->maximum() != top) bar->setMaximum(top);
+  bar->setValue(static_cast<int>(std::clamp<long>(value, 0, top)));
+}
+
+void MainWindow::SetStatusPanel(int panel, const std::string& text) {
+  if (panel < 1 || panel > static_cast<int>(panels_.size())) return;
+  panels_[static_cast<std::size_t>(panel - 1)]->setText(Q(text));
+}
+
+void MainWindow::SetInputEnabled(bool enabled) {
+  inputEnabled_ = enabled;
+  menuBar()->setEnabled(enabled);
+  toolbar_->setEnabled(enabled);
+  models_->setEnabled(enabled);
+  docSub_->setEnabled(enabled);
+  configSub_->setEnabled(enabled);
+}
+
+void MainWindow::ResetProgress() { doc_->Progress()->setValue(0); }
+
+// ---------------------------------------------------------------------------------------
+// Files
+
+void MainWindow::NewDocument() {
+  if (busy_) return;
+  NewFile(project_);
+  ShowDocument();
+}
+
+void MainWindow::OpenDocumentDialog() {
+  if (busy_) return;
+  const QString filters = DialogFilter(OpenDialogFilter(project_.Chip)) +
+                          ";;hex(*.hex,*.qvm) (*.hex *.qvm);;" + QStringLiteral("所有文件 (*)");
+  const QString path = QFileDialog::getOpenFileName(
+      this, "Open", QFileInfo(Q(project_.ProjectPath)).absolutePath(), filters);
+  if (!path.isEmpty()) OpenDocumentAt(path.toStdString());
+}
+
+void MainWindow::OpenDocumentAt(const std::string& path) {
+  if (busy_) return;
+  const ops::OpenedDocument doc = ops::OpenDocument(host_, home_, project_, path);
+  RebuildRecentMenu();
+  if (!doc.Open.Opened) return;
+  models_->setCurrentText(Q(project_.Chip.Name));
+  UpdateEedataMenus();
+  ShowProjectImage();
+  fileModifyStatus_ = doc.Open.FileModifyStatus;
+  watched_.Path = project_.ProjectPath;
+  watched_.LastSeen = FileModifiedText(project_.ProjectPath);
+  if (doc.RollDialog) {
+    // The rolling-code dialog comes with the dialogs; its fill is shown on the panel.
+    const RollDialogInput& roll = *doc.RollDialog;
+    SetStatusPanel(1, roll.Enable ? "Rolling Code:Enable" : "Rolling Code:Disable");
+    panels_[0]->setToolTip(QStringLiteral("Address: %1\nLength: %2\nCount: %3\nStep: %4%5")
+                               .arg(Q(roll.Address), Q(roll.Length), Q(roll.Count),
+                                    Q(roll.Step), roll.Mode2262 ? "\n2262" : ""));
+  } else {
+    panels_[0]->setToolTip({});
+  }
+}
+
+void MainWindow::SaveDocumentDialog() {
+  if (busy_) return;
+  const QString name = QFileDialog::getSaveFileName(
+      this, "Save", QFileInfo(Q(project_.ProjectPath)).absolutePath(),
+      DialogFilter(kSaveDialogFilter));
+  if (!name.isEmpty()) SaveDocumentAs(name.toStdString());
+}
+
+void MainWindow::SaveDocumentAs(const std::string& chosenName) {
+  if (busy_) return;
+  const std::string path = ProjectSavePath(chosenName);
+  if (path.empty()) return;
+  if (!WriteProjectFile(host_, project_.Chip, path, doc_->HexText())) return;
+  OpenDocumentAt(path);
+}
+
+bool MainWindow::SelectModel(const std::string& model) {
+  if (busy_) return false;
+  ChipParams chip = LoadChipParams(host_, home_, model);
+  if (!chip.Loaded()) {
+    models_->setCurrentText(Q(project_.Chip.Name));
+    return false;
+  }
+  chip.ConfigWords = ApplyConfigRules(host_, home_, chip.Name, chip.Prod, chip.ConfigWords);
+  project_.Chip = std::move(chip);
+  models_->setCurrentText(Q(project_.Chip.Name));
+  UpdateEedataMenus();
+  ShowProjectImage();
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------
+// Chip commands and the connection monitor on the writer's thread
+
+void MainWindow::ToolbarButtonClick(const QString& key) {
+  static const std::map<QString, QString> kRuns = {
+      {"new", "mnuNew"},           {"open", "mnuOpen"},         {"save", "mnuSave"},
+      {"auto", "mnuAuto"},         {"blank", "mnuBlank"},       {"read", "mnuRead"},
+      {"program", "mnuProgram"},   {"verify", "mnuVerify"},     {"option", "mnuOption"},
+      {"ReadConfig", "mnuReadConfig"}, {"download", "mnuDownload"}, {"setting", "mnuConfigset"},
+      {"about", "mnuAbout"}};
+  const auto it = kRuns.find(key);
+  if (it == kRuns.end()) return;
+  actions_[it->second]->trigger();
+}
+
+bool MainWindow::EnsureWriter(const std::string& model) {
+  if (!writer_) return false;
+  // A simulated socket without a chip of its own holds the selected model: choosing
+  // another model puts a fresh chip of it into the socket.
+  if (!ops::IsSimulated(device_) || !device_.simChip.empty() || model.empty() ||
+      model == socketModel_) {
+    return true;
+  }
+  std::unique_ptr<Writer> fresh = ops::MakeDeviceWriter(host_, home_, device_, model);
+  if (!fresh) return true;
+  fresh->SetStopFlag(&stop_);
+  // The monitor asked the old writer for its version; the new one is asked here.
+  if (fresh->FindWriter() && fresh->OpenWriterHandles()) {
+    ops::QueryWriter(*fresh, false);
+    fresh->CloseWriter();
+  }
+  writer_ = std::move(fresh);
+  socketModel_ = model;
+  return true;
+}
+
+void MainWindow::RunCommand(const QString& name, Command command) {
+  if (busy_ || !writerReady_) return;
+  busy_ = true;
+  stop_.store(false);
+  // The window is the command's from the click on, even while a tick still holds the
+  // writer's thread.
+  SetInputEnabled(false);
+  timer1_.stop();
+  stopButton_->setEnabled(true);
+  results_->Started(actions_[name]->text());
+  const std::string model = project_.Chip.Name;
+  worker_.Post([this, name, command, model] {
+    EnsureWriter(model);
+    ops::Station st{host_, *frame_, home_, project_, *writer_};
+    const ops::CommandResult result = command(st);
+    const std::string faultText =
+        result.Verdict == ops::Outcome::Failed && result.Why != Fault::None
+            ? writer_->LastFaultText()
+            : std::string();
+    QMetaObject::invokeMethod(
+        this, [this, name, result, faultText] { CommandEnded(name, result, faultText); },
+        Qt::QueuedConnection);
+  });
+}
+
+void MainWindow::RunEedataCommand(const QString& name, bool write) {
+  // The EEDATA operations report to the EEDATA window's status line; until that window
+  // comes, the main status bar shows their lines.
+  RunCommand(name, [this, write](ops::Station& st) {
+    const ops::EedataReport report = [this](const std::string& line) {
+      OnGuiThread(this, [this, line] { statusBar()->showMessage(Q(line), 10000); }, false);
+    };
+    return write ? ops::WriteEedataToChip(st, report) : ops::ReadEedataFromChip(st, report);
+  });
+}
+
+void MainWindow::CommandEnded(const QString& name, const ops::CommandResult& result,
+                              const std::string& faultText) {
+  busy_ = false;
+  stopButton_->setEnabled(false);
+  // The frame gave the window back already; this holds even if a command did not.
+  if (!inputEnabled_) SetInputEnabled(true);
+  if (!timer1_.isActive()) timer1_.start();
+  ResetProgress();
+  results_->Ended(actions_[name]->text(), result.Verdict, Q(faultText));
+  emit commandFinished(name, static_cast<int>(result.Verdict));
+  if (closeWhenIdle_ && !tickInFlight_) {
+    close();
+    return;
+  }
+  if (reloadWhenIdle_) {
+    reloadWhenIdle_ = false;
+    OpenDocumentAt(watched_.Path);
+  }
+}
+
+void MainWindow::StopCommand() {
+  if (busy_) stop_.store(true);
+}
+
+void MainWindow::PostMonitorTick() {
+  if (busy_ || tickInFlight_ || !writerReady_) return;
+  tickInFlight_ = true;
+  const std::string model = project_.Chip.Name;
+  worker_.Post([this, file = watched_, model]() mutable {
+    ops::TickResult result;
+    // Polling is on while ticks are posted; the tick switches it off on a bad identity.
+    monitor_.Polling = true;
+    if (EnsureWriter(model)) result = ops::MonitorTick(host_, *writer_, monitor_, file);
+    const bool polling = monitor_.Polling;
+    QMetaObject::invokeMethod(
+        this, [this, file, result, polling] { TickEnded(file, result, polling); },
+        Qt::QueuedConnection);
+  });
+}
+
+void MainWindow::TickEnded(const ops::WatchedFile& file, const ops::TickResult& result,
+                           bool polling) {
+  tickInFlight_ = false;
+  if (file.Path == watched_.Path) {
+    watched_.LastSeen = file.LastSeen;
+  } else if (!watched_.Path.empty()) {
+    // A file was opened while the tick looked at the one before: the panel is the
+    // newer file's.
+    SetStatusPanel(3, fileModifyStatus_);
+  }
+  // A bad identity answer ends the polling until a command restarts it.
+  if (!polling) timer1_.stop();
+  if (result.Reload && file.Path == watched_.Path) {
+    if (busy_) {
+      reloadWhenIdle_ = true;
+    } else {
+      OpenDocumentAt(file.Path);
+    }
+  }
+  emit tickFinished();
+  if (closeWhenIdle_ && !busy_) close();
+}
+
+}  // namespace lk::ui

@@ -1,0 +1,67 @@
+#include "ui/options.h"
+
+#include <QCommandLineParser>
+#include <cstdio>
+
+namespace lk::ui {
+
+std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int* exitCode) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("LKMCU Writer, the desktop program of the LKMCU writer");
+  parser.addHelpOption();
+  const QCommandLineOption home("home", "program folder (dat/, cfg/, doc/)", "DIR");
+  const QCommandLineOption device("device", "usb, usb:PATH or sim", "DEVICE", "usb");
+  const QCommandLineOption simState("sim-state", "file keeping the simulated writer's state",
+                                    "FILE");
+  const QCommandLineOption simChip("sim-chip", "model in the simulated writer's socket "
+                                               "(default: the selected model)",
+                                   "MODEL");
+  const QCommandLineOption simVersion("sim-version", "simulated firmware version (low byte)",
+                                      "N", "3");
+  const QCommandLineOption simFault("sim-fault", "inject a fault: KIND@N", "KIND@N");
+  const QCommandLineOption simTiming("sim-timing", "the simulated writer takes its real time");
+  const QCommandLineOption timeout("timeout", "receive timeout of every answer", "MS", "3000");
+  const QCommandLineOption trace("trace", "write every report as a hex line to FILE", "FILE");
+  parser.addOptions(
+      {home, device, simState, simChip, simVersion, simFault, simTiming, timeout, trace});
+  parser.addPositionalArgument("file", "a program image or project to open", "[FILE]");
+
+  *exitCode = 0;
+  if (!parser.parse(arguments)) {
+    std::fprintf(stderr, "%s\n", qPrintable(parser.errorText()));
+    *exitCode = 2;
+    return std::nullopt;
+  }
+  if (parser.isSet("help")) {
+    std::printf("%s", qPrintable(parser.helpText()));
+    return std::nullopt;
+  }
+  StartOptions o;
+  if (parser.isSet(home)) o.home = parser.value(home).toStdString();
+  o.device.device = parser.value(device).toStdString();
+  o.device.simState = parser.value(simState).toStdString();
+  o.device.simChip = parser.value(simChip).toStdString();
+  o.device.simFault = parser.value(simFault).toStdString();
+  o.device.simTiming = parser.isSet(simTiming);
+  o.device.trace = parser.value(trace).toStdString();
+  bool versionOk = false;
+  bool timeoutOk = false;
+  o.device.simVersion = parser.value(simVersion).toInt(&versionOk);
+  const int ms = parser.value(timeout).toInt(&timeoutOk);
+  if (!versionOk || !timeoutOk || o.device.simVersion < 0 || ms <= 0) {
+    std::fprintf(stderr, "--sim-version and --timeout take positive numbers\n");
+    *exitCode = 2;
+    return std::nullopt;
+  }
+  o.device.timeoutMs = ms;
+  const QStringList files = parser.positionalArguments();
+  if (files.size() > 1) {
+    std::fprintf(stderr, "one file at most\n");
+    *exitCode = 2;
+    return std::nullopt;
+  }
+  if (!files.isEmpty()) o.file = files.front().toStdString();
+  return o;
+}
+
+}  // namespace lk::ui

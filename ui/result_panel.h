@@ -1,0 +1,34 @@
+// The production line's view of the last chip command: a large PASS or FAIL and the
+// session's pass, fail and total counters.
+#pragma once
+
+#include <QLabel>
+#include <QWidget>
+
+#include "ops/station.h"
+
+namespace lk::ui {
+
+class ResultPanel : public QWidget {
+ public:
+  explicit ResultPanel(QWidget* parent = nullptr);
+
+  // A command has started (the indicator shows it runs) or ended with `outcome`; detail
+  // says what stopped a failed command on the link, when it is known.
+  void Started(const QString& command);
+  void Ended(const QString& command, ops::Outcome outcome, const QString& detail);
+
+  int Passed() const { return passed_; }
+  int Failed() const { return failed_; }
+  QString Verdict() const { return verdict_->text(); }
+
+ private:
+  void Show(const QString& text, const QString& colour);
+
+  QLabel* verdict_;
+  QLabel* counters_;
+  int passed_ = 0;
+  int failed_ = 0;
+};
+
+}  // namespace lk::ui
