@@ -83,7 +83,7 @@ OpenResult NewFile(Project& project) {
   return DescribeImage(project);
 }
 
-OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::string& path) {
+OpenResult OpenPath(Host& host, const Home& home, Project& project, std::string path) {
   std::error_code ec;
   if (path.empty() || !std::filesystem::is_regular_file(path, ec)) {
     ShowFileMessage(host, 1, path);

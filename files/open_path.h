@@ -36,7 +36,9 @@ struct OpenResult {
 // Opens path into project. Reports "File: "…" Not Found!" for a missing file and "Open
 // File Error!" for a refused one (the project then keeps its image). The recent-file
 // list is written to dat/data.dat of home.
-OpenResult OpenPath(Host& host, const Home& home, Project& project, const std::string& path);
+// The path is taken by value: callers pass entries of project.RecentFiles, which the
+// dispatcher itself reorders.
+OpenResult OpenPath(Host& host, const Home& home, Project& project, std::string path);
 
 // Menu New: a blank program under the caption "New File". Configuration words and EEDATA
 // stay as they are.

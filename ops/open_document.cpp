@@ -2,8 +2,7 @@
 
 namespace lk::ops {
 
-OpenedDocument OpenDocument(Host& host, const Home& home, Project& project,
-                            const std::string& path) {
+OpenedDocument OpenDocument(Host& host, const Home& home, Project& project, std::string path) {
   OpenedDocument doc;
   doc.Open = OpenPath(host, home, project, path);
   if (!doc.Open.Opened) return doc;

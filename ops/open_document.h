@@ -24,8 +24,7 @@ struct OpenedDocument {
 // OpenPath, then the Enable option: selected when a settings file exists and its
 // "Value" is not "False" (deliberately looser than the reader, which counts only
 // "True"), cleared when the project has no settings file.
-OpenedDocument OpenDocument(Host& host, const Home& home, Project& project,
-                            const std::string& path);
+OpenedDocument OpenDocument(Host& host, const Home& home, Project& project, std::string path);
 
 // Why a chip command must not send the opened image, or "" when it may: the file did not
 // open, the reserved-word check wiped it, or no reader took it (an unknown ending).

@@ -64,6 +64,11 @@ TEST_F(OpenPathTest, RecentListMovesAndIsSaved) {
     EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i)),
               PathOf(expected[i]));
   }
+  // The recent-file menu opens an entry of the very list the open reorders.
+  ASSERT_TRUE(OpenPath(host, home, project, project.RecentFiles[3]).Opened);
+  EXPECT_EQ(project.ProjectPath, PathOf("c.txt"));
+  EXPECT_EQ(project.RecentFiles[0], PathOf("c.txt"));
+  EXPECT_EQ(project.RecentFiles[4], PathOf("b.txt"));
 }
 
 TEST_F(OpenPathTest, RefusedFileKeepsTheImageButEntersTheRecentList) {
