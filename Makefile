@@ -13,7 +13,7 @@ deps:
 	@bash scripts/install-deps.sh
 
 $(BUILD)/build.ninja: | deps
-	cmake -S . -B $(BUILD) -G Ninja
+	cmake -S . -B $(BUILD) -G Ninja -DLK_WERROR=ON
 
 configure: deps $(BUILD)/build.ninja
 
@@ -32,7 +32,7 @@ run: build
 	$(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe
 
 fuzz: deps
-	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DLK_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(FUZZ_BUILD) -j $(JOBS)
 	bash fuzz/run-all.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
 
