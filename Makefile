@@ -1,11 +1,13 @@
 # The two commands a new machine needs: `make run` and `make test`.
 # Both install missing Debian packages first (scripts/install-deps.sh is idempotent).
 BUILD      ?= build
+PKG_BUILD  ?= build-package
+PACKAGE_WERROR ?= OFF
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 JOBS       ?= $(shell nproc)
 
-.PHONY: all deps configure build test run fuzz bench clean format
+.PHONY: all deps configure build test package run fuzz bench clean format
 
 all: build
 
@@ -13,15 +15,30 @@ deps:
 	@bash scripts/install-deps.sh
 
 $(BUILD)/build.ninja: | deps
-	cmake -S . -B $(BUILD) -G Ninja
+	cmake -S . -B $(BUILD) -G Ninja -DLK_WERROR=ON
 
 configure: deps $(BUILD)/build.ninja
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
+# Every test, then the package: built with warnings as errors, checked by lintian,
+# unpacked and run from a scratch folder with a fresh HOME.
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) --timeout 300
+	$(MAKE) --no-print-directory package PACKAGE_WERROR=ON
+	bash packaging/check-package.sh $(PKG_BUILD)/lkwriter_*.deb
+
+# The Debian package, built as a packager would: Release, Debian's own build flags
+# (dpkg-buildflags, read when the folder is first configured), installed under /usr.
+package: deps
+	eval "$$(dpkg-buildflags --export=sh)" && CXXFLAGS="$$CXXFLAGS $$CPPFLAGS" \
+	  cmake -S . -B $(PKG_BUILD) -G Ninja \
+	  -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DLK_TESTS=OFF \
+	  -DLK_WERROR=$(PACKAGE_WERROR)
+	cmake --build $(PKG_BUILD) -j $(JOBS)
+	rm -f $(PKG_BUILD)/lkwriter_*.deb
+	cd $(PKG_BUILD) && cpack -G DEB
 
 # The desktop program on the simulated writer with an example project open. Without a
 # display: the chip list, the selected chip, an example project (its first lines) and
@@ -38,7 +55,7 @@ run: build
 	fi
 
 fuzz: deps
-	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DLK_FUZZ=ON -DLK_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(FUZZ_BUILD) -j $(JOBS)
 	bash fuzz/run-all.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
 
@@ -49,4 +66,4 @@ format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(FUZZ_BUILD) $(PKG_BUILD)

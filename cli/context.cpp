@@ -7,7 +7,7 @@ namespace lk::cli {
 CliContext::CliContext(const CliOptions& options)
     : options_(options),
       host_(options.quiet, options.verbose),
-      home_(Home::Resolve(options.home)) {}
+      home_(Home::Resolve(host_, options.home)) {}
 
 Project& CliContext::CurrentProject() {
   if (!project_) {

@@ -1,10 +1,14 @@
 #include "link/hid_bus.h"
 
 #include <hidapi/hidapi.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
+#include <set>
 #include <thread>
 
 #include "link/protocol.h"
@@ -140,18 +144,76 @@ class HidTransport : public Transport {
   std::string lastError_;
 };
 
+// The udev rule that gives the user at the local desktop access to the writer, and the
+// place the installed package keeps it.
+#ifndef LK_UDEV_RULE
+#define LK_UDEV_RULE "/usr/lib/udev/rules.d/70-lkwriter.rules"
+#endif
+
+// True when this user may not read and write the device node (the kernel would refuse
+// hid_open_path); other failures are left to the open itself.
+bool PermissionDenied(const std::string& path) {
+  return ::access(path.c_str(), R_OK | W_OK) != 0 && (errno == EACCES || errno == EPERM);
+}
+
+// Where the rule is installed, searched where udev reads rules; empty when nowhere.
+std::string InstalledRule() {
+  const std::filesystem::path name = std::filesystem::path(LK_UDEV_RULE).filename();
+  std::error_code ec;
+  for (const char* folder : {"/etc/udev/rules.d", "/run/udev/rules.d", "/usr/local/lib/udev/rules.d",
+                             "/usr/lib/udev/rules.d", "/lib/udev/rules.d"}) {
+    const std::filesystem::path rule = std::filesystem::path(folder) / name;
+    if (std::filesystem::exists(rule, ec)) return rule.string();
+  }
+  if (std::filesystem::exists(LK_UDEV_RULE, ec)) return LK_UDEV_RULE;
+  return "";
+}
+
+// One message per device node and process: the connection monitor asks every second.
+void TellNoPermission(Host& host, const std::string& path) {
+  static std::mutex mutex;
+  static std::set<std::string> told;
+  {
+    std::lock_guard lock(mutex);
+    if (!told.insert(path).second) return;
+  }
+  const std::string rule = InstalledRule();
+  const std::string name = std::filesystem::path(LK_UDEV_RULE).filename().string();
+  std::string text = "The writer is attached (" + path + ") but this user may not open it";
+  if (rule.empty()) {
+    text += ": the udev rule " + name +
+            " that gives access to it is not installed. Install the lkwriter package (it "
+            "installs " LK_UDEV_RULE "), or as root copy packaging/" + name +
+            " of the source tree to /etc/udev/rules.d/ and run \"udevadm control --reload && "
+            "udevadm trigger\"; then unplug and replug the writer.";
+  } else {
+    text += ", although the udev rule " + rule +
+            " is installed. The rule gives access to the user of the active local desktop "
+            "session only (not over ssh, not to a second seat). If it was installed while the "
+            "writer was plugged in, unplug and replug the writer.";
+  }
+  host.Message(Icon::Exclamation, text, kAppTitle);
+}
+
 class HidBus : public WriterBus {
  public:
   HidBus(Host& host, std::string path) : host_(host), wanted_(std::move(path)) {}
 
+  // The first writer this user may open. A writer the kernel would refuse is passed
+  // over like any interface that cannot be opened, and said once.
   bool Present() override {
     found_.clear();
+    std::string refused;
     for (const std::string& path : EnumerateWriters(host_)) {
-      if (wanted_.empty() || path == wanted_) {
-        found_ = path;
-        return true;
+      if (!wanted_.empty() && path != wanted_) continue;
+      if (PermissionDenied(path)) {
+        if (refused.empty()) refused = path;
+        continue;
       }
+      found_ = path;
+      return true;
     }
+    if (!refused.empty()) TellNoPermission(host_, refused);
     return false;
   }
 
@@ -160,6 +222,7 @@ class HidBus : public WriterBus {
     hid_device* device = hid_open_path(found_.c_str());
     if (device == nullptr) {
       host_.Diagnostic("hid_open_path " + found_ + ": " + Narrow(hid_error(nullptr)));
+      if (PermissionDenied(found_)) TellNoPermission(host_, found_);
       return nullptr;
     }
     return std::make_unique<HidTransport>(device);

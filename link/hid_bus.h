@@ -12,7 +12,8 @@ namespace lk {
 
 // Finds the writer by vendor 0x0161 / product 0x0925, first in enumeration order, or
 // the interface at `path` when one is given (--device usb:PATH). Diagnostics (hidapi
-// errors) go to host.Diagnostic; nothing here shows a message.
+// errors) go to host.Diagnostic. The one message shown here: a writer that is attached
+// but that this user may not open (no udev rule), once per device node and process.
 std::unique_ptr<WriterBus> MakeHidBus(Host& host, const std::string& path = "");
 
 // The device paths of every attached writer, in enumeration order. Empty, without

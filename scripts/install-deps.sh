@@ -7,6 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev libhidapi-dev libgtest-dev libgmock-dev libcli11-dev libbenchmark-dev
   xvfb xauth fonts-wqy-microhei clang libclang-rt-14-dev binutils
+  lintian desktop-file-utils appstream librsvg2-bin
 )
 
 missing=()

@@ -1,9 +1,30 @@
 // lkwriter: the desktop program.
 #include <QApplication>
+#include <QMessageBox>
 
 #include "core/home.h"
 #include "ui/main_window.h"
 #include "ui/options.h"
+
+namespace {
+
+// Before the window exists: the program folder's own messages (a per-user folder that
+// cannot be made) in a plain message box; nothing else is asked of it.
+class StartupHost : public lk::Host {
+ public:
+  void Message(lk::Icon, const std::string& text, const std::string& caption) override {
+    QMessageBox::information(nullptr, QString::fromStdString(caption), QString::fromStdString(text));
+  }
+  bool Ask(const std::string&, const std::string&) override { return true; }
+  void Log(const std::string&) override {}
+  void ReplaceLastLog(const std::string&) override {}
+  void ClearLog() override {}
+  void Progress(long, long) override {}
+  void Status(int, const std::string&) override {}
+  void Diagnostic(const std::string&) override {}
+};
+
+}  // namespace
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -13,7 +34,8 @@ int main(int argc, char** argv) {
       lk::ui::ParseStartOptions(QApplication::arguments(), &status);
   if (!options) return status;
 
-  lk::ui::MainWindow window(lk::Home::Resolve(options->home), options->device);
+  StartupHost startup;
+  lk::ui::MainWindow window(lk::Home::Resolve(startup, options->home), options->device);
   if (!window.Start()) return 2;
   window.show();
   if (!options->file.empty()) window.OpenDocumentAt(options->file);
