@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <random>
 
 namespace lk {
@@ -67,17 +66,6 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::string_view byt
     ::fsync(dfd);
     ::close(dfd);
   }
-  return true;
-}
-
-bool ReadWholeFile(const std::filesystem::path& path, std::string& bytes) {
-  std::error_code ec;
-  if (std::filesystem::is_directory(path, ec)) return false;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return false;
-  bytes = std::move(data);
   return true;
 }
 

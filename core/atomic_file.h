@@ -13,7 +13,4 @@ namespace lk {
 bool WriteFileAtomically(const std::filesystem::path& path, std::string_view bytes,
                          std::string& error);
 
-// Reads a whole file; false when it cannot be opened or read.
-bool ReadWholeFile(const std::filesystem::path& path, std::string& bytes);
-
 }  // namespace lk

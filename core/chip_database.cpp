@@ -139,7 +139,7 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
   }
 
   std::string text;
-  if (!ReadTextFile(path, text)) return {};
+  if (!ReadTextFile(path, text).Ok()) return {};
   ChipParams chip;
   chip.Name = model;
   bool open = false;

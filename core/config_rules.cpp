@@ -54,8 +54,15 @@ std::optional<RuleLine> ParseRule(const std::string& line) {
 void ApplyFileRules(Host& host, const Home& home, const std::string& name, const std::string& prod,
                     std::vector<std::int32_t>& words) {
   std::string text;
-  if (!ReadTextFile(home.CfgIni(), text)) {
-    host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
+  const ReadOutcome read = ReadTextFile(home.CfgIni(), text);
+  if (!read.Ok()) {
+    // The rules are optional; a file that is there but cannot be read is a broken
+    // installation and is named.
+    if (read.NoFile()) {
+      host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
+    } else {
+      host.Message(Icon::Critical, CannotReadText(home.CfgIni(), read), kAppTitle);
+    }
     return;
   }
   bool open = false;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <system_error>
 
 #include "core/atomic_file.h"
 #include "core/text_codec.h"
@@ -10,12 +9,18 @@
 namespace lk {
 namespace {
 
-// Reads and splits a file for the readers; a missing or unreadable file shows the
-// not-found message once and gives false.
+// Reads and splits a file for the readers. A missing file (or a folder) shows the
+// not-found message, a file that cannot be read (a FIFO, a device, too large, refused by
+// the system) a message naming the path and why; both give false.
 bool LoadProfile(Host& host, const std::filesystem::path& path, std::vector<std::string>& lines) {
   std::string text;
-  if (!ReadTextFile(path, text)) {
+  const ReadOutcome read = ReadTextFile(path, text);
+  if (read.NoFile()) {
     ShowFileMessage(host, 1, path);
+    return false;
+  }
+  if (!read.Ok()) {
+    host.Message(Icon::Critical, CannotReadText(path, read), kAppTitle);
     return false;
   }
   lines = SplitProfileLines(text);
@@ -143,11 +148,11 @@ std::vector<std::string> SplitProfileLines(const std::string& text) {
   return lines;
 }
 
-bool ReadTextFile(const std::filesystem::path& path, std::string& utf8Text) {
+ReadOutcome ReadTextFile(const std::filesystem::path& path, std::string& utf8Text) {
   std::string bytes;
-  if (!ReadWholeFile(path, bytes)) return false;
-  utf8Text = DecodeText(bytes, DetectEncoding(bytes));
-  return true;
+  const ReadOutcome read = ReadRegularFile(path, kMaxDataFileBytes, bytes);
+  if (read.Ok()) utf8Text = DecodeText(bytes, DetectEncoding(bytes));
+  return read;
 }
 
 void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path) {
@@ -254,10 +259,14 @@ void SetEntry(std::vector<std::string>& lines, bool& trailingEol, const std::str
 
 bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
                  const std::vector<std::pair<std::string, std::string>>& entries) {
-  std::error_code ec;
   std::string bytes;
-  if (!std::filesystem::is_regular_file(path, ec) || !ReadWholeFile(path, bytes)) {
+  const ReadOutcome read = ReadRegularFile(path, kMaxDataFileBytes, bytes);
+  if (read.NoFile()) {
     host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
+    return false;
+  }
+  if (!read.Ok()) {
+    host.Message(Icon::Critical, CannotReadText(path, read), kAppTitle);
     return false;
   }
   const TextEncoding encoding = DetectEncoding(bytes);

@@ -5,7 +5,8 @@
 // then blanks are trimmed; "[name]" opens a section (exact, case-sensitive match;
 // a section may be split over the file); "*" lines are comments; a data line is split
 // at every "=": key = first piece, value = second piece ("KEY=a=b" gives "a").
-// Nothing is cached: every call reads the file again.
+// Nothing is cached: every call reads the file again. A file is read only when it is a
+// regular file of at most kMaxDataFileBytes.
 //
 // Result lists are 0-based with entry 0 always "" (entries found start at index 1).
 // Files are GBK unless they are valid UTF-8; texts are UTF-8 inside the program.
@@ -16,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/bounded_read.h"
 #include "core/host.h"
 
 namespace lk {
@@ -66,8 +68,8 @@ ProfileLine ClassifyProfileLine(const std::string& raw);
 // Splits file text into lines at CR or CR LF (a lone LF also ends a line).
 std::vector<std::string> SplitProfileLines(const std::string& text);
 
-// Reads a whole data file and decodes it to UTF-8 (GBK unless valid UTF-8).
-// Returns false when the file cannot be read.
-bool ReadTextFile(const std::filesystem::path& path, std::string& utf8Text);
+// Reads a whole data file and decodes it to UTF-8 (GBK unless valid UTF-8): only a
+// regular file of at most kMaxDataFileBytes is read (see core/bounded_read.h).
+ReadOutcome ReadTextFile(const std::filesystem::path& path, std::string& utf8Text);
 
 }  // namespace lk

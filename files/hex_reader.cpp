@@ -45,9 +45,9 @@ DataRecordResult StoreDataRecord(std::string_view line, std::vector<std::int32_t
 
 }  // namespace files
 
-bool ReadHexFile(Host&, const Home&, ChipParams& chip, const std::filesystem::path& path) {
+bool ReadHexFile(Host& host, const Home&, ChipParams& chip, const std::filesystem::path& path) {
   std::string text;
-  if (!files::ReadBoundedFile(path, files::kMaxTextFileBytes, text)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) return false;
   for (std::string_view line : files::SplitLines(text)) {
     if (files::RecordType(line) != "00") continue;  // addresses, end of file, others
     const auto result = files::StoreDataRecord(line, chip.RomWords, chip.RomSize, chip.HexMcu);

@@ -88,7 +88,7 @@ bool ParseStrictRecord(std::string_view line, std::uint32_t& address, std::strin
 bool ReadQvmFile(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string text;
-  if (!files::ReadBoundedFile(path, files::kMaxTextFileBytes, text)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) return false;
   const std::vector<std::string_view> lines = files::SplitLines(text);
 
   const std::string model = FindModel(lines);

@@ -1,26 +1,16 @@
 #include "files/read_support.h"
 
 #include <array>
-#include <fstream>
-#include <system_error>
+
+#include "core/bounded_read.h"
 
 namespace lk::files {
 
-bool ReadBoundedFile(const std::filesystem::path& path, std::uintmax_t maxBytes,
-                     std::string& bytes) {
-  std::error_code ec;
-  if (!std::filesystem::is_regular_file(path, ec)) return false;
-  const std::uintmax_t size = std::filesystem::file_size(path, ec);
-  if (ec || size > maxBytes) return false;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::string data(static_cast<std::size_t>(size), '\0');
-  in.read(data.data(), static_cast<std::streamsize>(size));
-  // The file may have changed between the size check and the read: keep what came.
-  data.resize(static_cast<std::size_t>(in.gcount()));
-  if (in.bad()) return false;
-  bytes = std::move(data);
-  return true;
+bool ReadImageFile(Host& host, const std::filesystem::path& path, std::uintmax_t maxBytes,
+                   std::string& bytes) {
+  const ReadOutcome read = ReadRegularFile(path, maxBytes, bytes);
+  if (!read.Ok()) host.Diagnostic(CannotReadText(path, read));
+  return read.Ok();
 }
 
 std::string_view Mid(std::string_view text, std::size_t start, std::size_t length) {

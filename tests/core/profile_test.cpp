@@ -105,7 +105,20 @@ TEST(ProfileReadRobustnessTest, OverlongLinesAndBinaryGarbage) {
   EXPECT_EQ(GetValue(host, p, "A", "Z"), "1");
   // A folder in place of the file reads as missing.
   EXPECT_EQ(GetValue(host, dir.Path(), "A", "K"), "");
-  EXPECT_EQ(host.messages.size(), 1u);
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].text, "File: \"" + dir.Path().string() + "\" Not Found!");
+}
+
+TEST(ProfileReadRobustnessTest, AFifoIsNamedAndNeverWaitedFor) {
+  TempDir dir;
+  RecordingHost host;
+  const auto fifo = dir / "data.dat";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  const std::string why = "Cannot read \"" + fifo.string() + "\": it is a FIFO, not a regular file.";
+  EXPECT_EQ(GetValue(host, fifo, "Data", "McuType"), "");
+  EXPECT_FALSE(WriteValue(host, fifo, "Data", "McuType", "X"));
+  EXPECT_EQ(host.MessageTexts(), (std::vector<std::string>{why, why}));
+  EXPECT_EQ(host.messages[0].icon, Icon::Critical);
 }
 
 // ---- WriteValue ----
