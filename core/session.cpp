@@ -7,8 +7,10 @@
 namespace lk {
 namespace {
 
-float ReadNumber(Host& host, const Home& home, const std::string& window, const char* key) {
-  const auto v = ParseDecimal(GetValue(host, home.FrmDat(), window, key));
+// A window-unit number of frm.dat; 0 when it is empty or does not fit a float.
+float NumberOf(const std::optional<ProfileText>& frm, const std::string& window, const char* key) {
+  if (!frm) return 0;
+  const auto v = ParseDecimal(frm->Value(window, key));
   if (!v || *v > 3.4e38 || *v < -3.4e38) return 0;
   return static_cast<float>(*v);
 }
@@ -16,12 +18,9 @@ float ReadNumber(Host& host, const Home& home, const std::string& window, const 
 }  // namespace
 
 WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& window) {
-  WindowGeometry g;
-  g.Left = ReadNumber(host, home, window, "Left");
-  g.Top = ReadNumber(host, home, window, "Top");
-  g.Width = ReadNumber(host, home, window, "Width");
-  g.Height = ReadNumber(host, home, window, "Height");
-  return g;
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  return {NumberOf(frm, window, "Left"), NumberOf(frm, window, "Top"),
+          NumberOf(frm, window, "Width"), NumberOf(frm, window, "Height")};
 }
 
 bool WriteGeometry(Host& host, const Home& home, const std::string& window,
@@ -34,8 +33,8 @@ bool WriteGeometry(Host& host, const Home& home, const std::string& window,
 }
 
 ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
-  return {ReadNumber(host, home, "FrmConfigDisp", "CHeader1"),
-          ReadNumber(host, home, "FrmConfigDisp", "CHeader2")};
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  return {NumberOf(frm, "FrmConfigDisp", "CHeader1"), NumberOf(frm, "FrmConfigDisp", "CHeader2")};
 }
 
 bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths) {
@@ -47,8 +46,10 @@ bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths
 
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
   std::array<std::string, 5> files;
+  const std::optional<ProfileText> data = ProfileText::Read(host, home.DataDat());
+  if (!data) return files;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    files[i] = GetValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i));
+    files[i] = data->Value("RecentFile", "File" + std::to_string(i));
   }
   return files;
 }

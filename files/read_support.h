@@ -1,6 +1,7 @@
 // Small helpers shared by the image readers: bounded whole-file reads, field access by
 // character position that never reads past the text, hexadecimal fields and the
-// halving with round-half-to-even that the record readers use.
+// halving with round-half-to-even that the record readers use. Line formats walk their
+// text with TextLines (core/text_lines.h).
 #pragma once
 
 #include <cstddef>
@@ -37,9 +38,6 @@ bool ParseHexField(std::string_view field, std::uint32_t& value);
 
 // value / 2 rounded half to even: 3 -> 2, 5 -> 2, 1 -> 0.
 std::uint32_t HalveRoundHalfEven(std::uint32_t value);
-
-// Splits text into lines at CR LF, CR or LF; a last line without an ending counts.
-std::vector<std::string_view> SplitLines(std::string_view text);
 
 // Little-endian 16-bit value at offset; the caller checks the bounds.
 inline std::int32_t WordAt(const std::string& bytes, std::size_t offset) {
