@@ -3,6 +3,7 @@
 #include "core/chip_database.h"
 #include "core/numeric_text.h"
 #include "core/profile.h"
+#include "core/text_codec.h"
 
 namespace lk {
 namespace {
@@ -85,16 +86,20 @@ ChipParams LoadStartupChip(Host& host, const Home& home, const std::string& mode
 }
 
 void PushRecentFile(std::array<std::string, 5>& files, const std::string& path) {
-  if (files[0] == path) return;
+  // The list holds what data.dat can keep: a name with bytes that are no text is kept
+  // with U+FFFD in their place, so that opening it again finds it at the front rather
+  // than adding it once more.
+  const std::string entry = ToValidUtf8(path);
+  if (files[0] == entry) return;
   std::size_t from = files.size() - 1;  // not in 1..3: everything moves, entry 4 drops
   for (std::size_t i = 1; i <= 3; ++i) {
-    if (files[i] == path) {
+    if (files[i] == entry) {
       from = i;
       break;
     }
   }
   for (std::size_t i = from; i > 0; --i) files[i] = files[i - 1];
-  files[0] = path;
+  files[0] = entry;
 }
 
 }  // namespace lk
