@@ -26,11 +26,11 @@ WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& win
 
 bool WriteGeometry(Host& host, const Home& home, const std::string& window,
                    const WindowGeometry& geometry) {
-  bool ok = WriteValue(host, home.FrmDat(), window, "Left", FloatText(geometry.Left));
-  ok = WriteValue(host, home.FrmDat(), window, "Top", FloatText(geometry.Top)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Width", FloatText(geometry.Width)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Height", FloatText(geometry.Height)) && ok;
-  return ok;
+  return WriteValues(host, home.FrmDat(), window,
+                     {{"Left", FloatText(geometry.Left)},
+                      {"Top", FloatText(geometry.Top)},
+                      {"Width", FloatText(geometry.Width)},
+                      {"Height", FloatText(geometry.Height)}});
 }
 
 ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
@@ -39,10 +39,8 @@ ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
 }
 
 bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths) {
-  const bool first =
-      WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1", FloatText(widths.First));
-  return WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader2", FloatText(widths.Second)) &&
-         first;
+  return WriteValues(host, home.FrmDat(), "FrmConfigDisp",
+                     {{"CHeader1", FloatText(widths.First)}, {"CHeader2", FloatText(widths.Second)}});
 }
 
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
