@@ -17,6 +17,14 @@ inline constexpr int kExitFailed = 1;      // the command reported failure
 inline constexpr int kExitUsage = 2;       // usage or file error
 inline constexpr int kExitNoWriter = 3;    // writer not found
 
+// The ranges of the numeric options, refused outside them before any command runs.
+// An answer that takes longer than a minute is no answer: the real writer replies within
+// milliseconds, and a longer wait only hides a dead link.
+inline constexpr int kMinTimeoutMs = 1;
+inline constexpr int kMaxTimeoutMs = 60000;
+// The simulated firmware version is the low byte of the version word.
+inline constexpr int kMaxSimVersion = 255;
+
 struct CliOptions {
   std::optional<std::string> home;
   std::optional<std::string> chip;

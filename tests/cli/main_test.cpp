@@ -1,0 +1,51 @@
+// lkwriter-cli's global options and the exit status main() gives, through the real binary.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/run_cli.h"
+
+namespace lk::test {
+namespace {
+
+// A value outside its documented range is refused before any command runs: exit 2,
+// nothing on stdout, one line on stderr naming the option and the range.
+TEST(CliOptionsTest, ValuesOutsideTheirRangeAreRefused) {
+  struct Case {
+    const char* option;
+    const char* range;
+  } cases[] = {
+      {"--sim-version 256", "0 to 255"},
+      {"--sim-version -1", "0 to 255"},
+      {"--sim-version 65535", "0 to 255"},
+      {"--timeout 0", "1 to 60000"},
+      {"--timeout -5", "1 to 60000"},
+      {"--timeout 999999999", "1 to 60000"},
+      {"--sim-fault noanswer@99999999999", "1..1000000"},
+      {"--sim-fault noanswer@0", "1..1000000"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.option);
+    const CliResult r = RunCli(LK_PROGRAM_DIR, std::string("--device sim ") + c.option + " probe");
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.out, "");
+    const std::string name = std::string(c.option).substr(0, std::string(c.option).find(' '));
+    EXPECT_EQ(r.err.rfind("error: " + name + ": ", 0), 0u) << r.err;
+    EXPECT_NE(r.err.find(c.range), std::string::npos) << r.err;
+    EXPECT_EQ(SplitLines(r.err).size(), 1u) << r.err;
+  }
+
+  // The edges themselves are taken, and --help states every range.
+  const CliResult edges = RunCli(
+      LK_PROGRAM_DIR,
+      "--device sim --sim-version 255 --timeout 60000 --sim-fault badsum@1000000 probe");
+  EXPECT_EQ(edges.exitCode, 0) << edges.err;
+  EXPECT_NE(edges.out.find(" v255."), std::string::npos) << edges.out;
+  const CliResult help = RunCli(LK_PROGRAM_DIR, "--help");
+  for (const char* range : {"[0 - 255]", "[1 - 60000]", "(1..1000000)"}) {
+    EXPECT_NE(help.out.find(range), std::string::npos) << range << "\n" << help.out;
+  }
+}
+
+}  // namespace
+}  // namespace lk::test
