@@ -2,7 +2,9 @@
 // program folder and the selected chip.
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 #include "cli/cli_host.h"
@@ -40,9 +42,12 @@ struct CliOptions {
   bool json = false;
 };
 
+class TraceFile;
+
 class CliContext {
  public:
   explicit CliContext(const CliOptions& options);
+  ~CliContext();
 
   const CliOptions& Options() const { return options_; }
   CliHost& Ui() { return host_; }
@@ -52,11 +57,20 @@ class CliContext {
   // "McuType" of data.dat, falling back to the first listed model. Loaded once.
   Project& CurrentProject();
 
+  // The --trace file, opened on first use and kept until the run ends; nullptr (with a
+  // message) when it cannot be opened.
+  std::ostream* TraceStream();
+
+  // The exit status of the run once its command has given exitCode: a trace that could
+  // not be written is reported, and turns a success into kExitUsage.
+  int Finish(int exitCode);
+
  private:
   CliOptions options_;
   CliHost host_;
   Home home_;
   std::optional<Project> project_;
+  std::unique_ptr<TraceFile> trace_;
 };
 
 }  // namespace lk::cli

@@ -65,5 +65,5 @@ int main(int argc, char** argv) {
     std::cerr << "error: " << e.what() << std::endl;
     return kExitUsage;
   }
-  return exitCode;
+  return owner ? owner->Finish(exitCode) : exitCode;
 }

@@ -1,5 +1,6 @@
 // lkwriter-cli's global options and the exit status main() gives, through the real binary.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <string>
 
@@ -44,6 +45,29 @@ TEST(CliOptionsTest, ValuesOutsideTheirRangeAreRefused) {
   const CliResult help = RunCli(LK_PROGRAM_DIR, "--help");
   for (const char* range : {"[0 - 255]", "[1 - 60000]", "(1..1000000)"}) {
     EXPECT_NE(help.out.find(range), std::string::npos) << range << "\n" << help.out;
+  }
+}
+
+// A trace that cannot be written fails the run that asked for it, saying why; a FIFO
+// nobody reads is refused at once rather than waited for.
+TEST(CliTraceTest, ATraceThatCannotBeWrittenIsAnError) {
+  TempDir dir;
+  ASSERT_EQ(::mkfifo((dir / "fifo").c_str(), 0600), 0);
+  struct Case {
+    std::string file;
+    std::string why;
+  } cases[] = {
+      {"/dev/full", "message: The trace file \"/dev/full\" could not be written (No space left "
+                    "on device); the trace is incomplete.\n"},
+      {(dir / "fifo").string(), "message: Cannot write the trace file \"" +
+                                    (dir / "fifo").string() +
+                                    "\": it is a FIFO that nobody reads.\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    const CliResult r = RunCli(LK_PROGRAM_DIR, "--device sim --trace " + ShellQuote(c.file) + " probe");
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err, c.why);
   }
 }
 
