@@ -42,6 +42,11 @@ void CliHost::Status(int panel, const std::string& text) {
   if (verbose_) std::cerr << "status[" << panel << "]: " << text << std::endl;
 }
 
+void CliHost::FileUnreadable(const std::string& text) {
+  unreadable_ = true;
+  Message(Icon::Critical, text, kAppTitle);
+}
+
 void CliHost::Diagnostic(const std::string& line) {
   if (verbose_) std::cerr << "diag: " << line << std::endl;
 }

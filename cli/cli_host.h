@@ -20,9 +20,12 @@ class CliHost : public Host {
   void Progress(long value, long maximum) override;
   void Status(int panel, const std::string& text) override;
   void Diagnostic(const std::string& line) override;
+  void FileUnreadable(const std::string& text) override;
 
   // Counts the message boxes shown so far (commands use it to pick exit codes).
   int MessageCount() const { return messages_; }
+  // Whether a data file that is there could not be read: the run then fails.
+  bool SawUnreadableFile() const { return unreadable_; }
 
  private:
   bool quiet_;
@@ -30,6 +33,7 @@ class CliHost : public Host {
   bool progressTty_;
   bool progressShown_ = false;
   int messages_ = 0;
+  bool unreadable_ = false;
 };
 
 }  // namespace lk::cli

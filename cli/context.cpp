@@ -36,14 +36,16 @@ std::ostream* CliContext::TraceStream() {
 }
 
 int CliContext::Finish(int exitCode) {
-  if (!trace_) return exitCode;
-  const std::string failure = trace_->Failure();
-  if (failure.empty()) return exitCode;
-  host_.Message(Icon::Critical,
-                "The trace file \"" + options_.trace + "\" could not be written (" + failure +
-                    "); the trace is incomplete.",
-                kAppTitle);
-  return exitCode == kExitOk ? kExitUsage : exitCode;
+  bool failed = host_.SawUnreadableFile();
+  const std::string failure = trace_ ? trace_->Failure() : std::string();
+  if (!failure.empty()) {
+    host_.Message(Icon::Critical,
+                  "The trace file \"" + options_.trace + "\" could not be written (" + failure +
+                      "); the trace is incomplete.",
+                  kAppTitle);
+    failed = true;
+  }
+  return failed && exitCode == kExitOk ? kExitUsage : exitCode;
 }
 
 }  // namespace lk::cli

@@ -61,8 +61,9 @@ class CliContext {
   // message) when it cannot be opened.
   std::ostream* TraceStream();
 
-  // The exit status of the run once its command has given exitCode: a trace that could
-  // not be written is reported, and turns a success into kExitUsage.
+  // The exit status of the run once its command has given exitCode: a data file that is
+  // there but could not be read, or a trace that could not be written (reported here),
+  // turns a success into kExitUsage.
   int Finish(int exitCode);
 
  private:

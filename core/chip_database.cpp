@@ -136,7 +136,7 @@ ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model
     // No database is like an unknown model; one that is there but cannot be read is
     // named, or the user would never learn why no model loads.
     if (!outcome.NoFile()) {
-      host.Message(Icon::Critical, CannotReadText(path, outcome), kAppTitle);
+      host.FileUnreadable(CannotReadText(path, outcome));
     }
     return {};
   }

@@ -61,7 +61,7 @@ void ApplyFileRules(Host& host, const Home& home, const std::string& name, const
     if (outcome.NoFile()) {
       host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
     } else {
-      host.Message(Icon::Critical, CannotReadText(home.CfgIni(), outcome), kAppTitle);
+      host.FileUnreadable(CannotReadText(home.CfgIni(), outcome));
     }
     return;
   }

@@ -163,7 +163,7 @@ std::optional<ProfileText> ProfileText::Read(Host& host, const std::filesystem::
   if (outcome.NoFile()) {
     ShowFileMessage(host, 1, path);
   } else if (!outcome.Ok()) {
-    host.Message(Icon::Critical, CannotReadText(path, outcome), kAppTitle);
+    host.FileUnreadable(CannotReadText(path, outcome));
   }
   return profile;
 }
@@ -245,7 +245,7 @@ bool WriteValues(Host& host, const std::filesystem::path& path, const std::strin
     return false;
   }
   if (!read.Ok()) {
-    host.Message(Icon::Critical, CannotReadText(path, read), kAppTitle);
+    host.FileUnreadable(CannotReadText(path, read));
     return false;
   }
   const TextEncoding encoding = DetectEncoding(bytes);

@@ -48,6 +48,32 @@ TEST(CliOptionsTest, ValuesOutsideTheirRangeAreRefused) {
   }
 }
 
+// A data file that is there but cannot be read is named, never waited for, and fails the
+// run (exit 2) although the command goes on as if it were missing.
+TEST(CliExitTest, AnUnreadableDataFileFailsTheRun) {
+  for (const char* file : {"data.dat", "cfg.ini"}) {
+    SCOPED_TRACE(file);
+    TempDir dir;
+    dir.Write("dat/qvmc.ini", "[MCULIST]\nTINY=1\n[TINY]\nROMSIZE=7\nHEXMCU=3FFF\n");
+    dir.Write("dat/cfg.ini", "");
+    dir.Write("dat/data.dat", "[Data]\nMcuType=TINY\n");
+    const std::filesystem::path path = dir / "dat" / file;
+    std::filesystem::remove(path);
+    std::string why = "message: Cannot read \"" + path.string() + "\": ";
+    if (std::string(file) == "data.dat") {
+      ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+      why += "it is a FIFO, not a regular file.";
+    } else {
+      std::filesystem::create_symlink("/dev/zero", path);
+      why += "it is a device, not a regular file.";
+    }
+    const CliResult r = RunCli(dir.Path(), "chip");
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_NE(r.out.find("Name=TINY\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.err.find(why), std::string::npos) << r.err;
+  }
+}
+
 // A trace that cannot be written fails the run that asked for it, saying why; a FIFO
 // nobody reads is refused at once rather than waited for.
 TEST(CliTraceTest, ATraceThatCannotBeWrittenIsAnError) {
