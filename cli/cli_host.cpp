@@ -105,6 +105,11 @@ std::string CliHost::StatusText(int panel) const {
   return panel >= 1 && panel <= 4 ? status_[panel] : std::string();
 }
 
+void CliHost::FileUnreadable(const std::string& text) {
+  unreadable_ = true;
+  Message(Icon::Critical, text, kAppTitle);
+}
+
 void CliHost::Diagnostic(const std::string& line) {
   if (verbose_ && !quiet_) std::cerr << "diag: " << line << std::endl;
 }

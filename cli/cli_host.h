@@ -29,6 +29,7 @@ class CliHost : public Host {
   void Progress(long value, long maximum) override;
   void Status(int panel, const std::string& text) override;
   void Diagnostic(const std::string& line) override;
+  void FileUnreadable(const std::string& text) override;
 
   // Prints the line held back, if any.
   void Flush();
@@ -49,6 +50,8 @@ class CliHost : public Host {
   const std::vector<std::string>& Errors() const { return errors_; }
   // The last text of a status panel (1..4), empty when never set.
   std::string StatusText(int panel) const;
+  // Whether a data file that is there could not be read: the run then fails.
+  bool SawUnreadableFile() const { return unreadable_; }
 
  private:
   void EndProgressLine();
@@ -63,6 +66,7 @@ class CliHost : public Host {
   std::vector<std::string> messages_;
   std::vector<std::string> errors_;
   std::string status_[5];
+  bool unreadable_ = false;
 };
 
 }  // namespace lk::cli

@@ -72,7 +72,13 @@ void AddFileCommands(CLI::App& app, CliContext*& context, int& exitCode) {
   auto out = std::make_shared<std::string>();
   CLI::App* convert = app.add_subcommand("convert", "open IN and save it as the project OUT.lkx");
   convert->add_option("IN", *in, "image file")->required();
-  convert->add_option("OUT", *out, "project file (\".lkx\" is added when missing)")->required();
+  convert->add_option("OUT", *out, "project file (\".lkx\" is added when missing)")
+      ->required()
+      // Save treats an empty name as a cancelled dialog and writes nothing; on a command
+      // line it can only be a mistake.
+      ->check(CLI::Validator(
+          [](std::string& name) { return name.empty() ? "an empty name names no file" : ""; },
+          "FILE"));
   convert->callback([&context, &exitCode, in, out] { exitCode = RunConvert(*context, *in, *out); });
 }
 

@@ -1,5 +1,6 @@
 #include "cli/context.h"
 
+#include "cli/trace_file.h"
 #include "core/session.h"
 
 namespace lk::cli {
@@ -8,6 +9,8 @@ CliContext::CliContext(const CliOptions& options)
     : options_(options),
       host_(options.quiet, options.verbose),
       home_(Home::Resolve(host_, options.home)) {}
+
+CliContext::~CliContext() = default;
 
 Project& CliContext::CurrentProject() {
   if (!project_) {
@@ -18,6 +21,31 @@ Project& CliContext::CurrentProject() {
     project_ = std::move(project);
   }
   return *project_;
+}
+
+std::ostream* CliContext::TraceStream() {
+  if (!trace_) {
+    std::string error;
+    trace_ = TraceFile::Open(options_.trace, error);
+    if (!trace_) {
+      host_.Message(Icon::Critical, error, kAppTitle);
+      return nullptr;
+    }
+  }
+  return &trace_->Stream();
+}
+
+int CliContext::Finish(int exitCode) {
+  bool failed = host_.SawUnreadableFile();
+  const std::string failure = trace_ ? trace_->Failure() : std::string();
+  if (!failure.empty()) {
+    host_.Message(Icon::Critical,
+                  "The trace file \"" + options_.trace + "\" could not be written (" + failure +
+                      "); the trace is incomplete.",
+                  kAppTitle);
+    failed = true;
+  }
+  return failed && exitCode == kExitOk ? kExitUsage : exitCode;
 }
 
 }  // namespace lk::cli

@@ -2,7 +2,9 @@
 // program folder and the selected chip.
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 #include "cli/cli_host.h"
@@ -16,6 +18,14 @@ inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;      // the command reported failure
 inline constexpr int kExitUsage = 2;       // usage or file error
 inline constexpr int kExitNoWriter = 3;    // writer not found
+
+// The ranges of the numeric options, refused outside them before any command runs.
+// An answer that takes longer than a minute is no answer: the real writer replies within
+// milliseconds, and a longer wait only hides a dead link.
+inline constexpr int kMinTimeoutMs = 1;
+inline constexpr int kMaxTimeoutMs = 60000;
+// The simulated firmware version is the low byte of the version word.
+inline constexpr int kMaxSimVersion = 255;
 
 struct CliOptions {
   std::optional<std::string> home;
@@ -32,9 +42,12 @@ struct CliOptions {
   bool json = false;
 };
 
+class TraceFile;
+
 class CliContext {
  public:
   explicit CliContext(const CliOptions& options);
+  ~CliContext();
 
   const CliOptions& Options() const { return options_; }
   CliHost& Ui() { return host_; }
@@ -44,11 +57,21 @@ class CliContext {
   // "McuType" of data.dat, falling back to the first listed model. Loaded once.
   Project& CurrentProject();
 
+  // The --trace file, opened on first use and kept until the run ends; nullptr (with a
+  // message) when it cannot be opened.
+  std::ostream* TraceStream();
+
+  // The exit status of the run once its command has given exitCode: a data file that is
+  // there but could not be read, or a trace that could not be written (reported here),
+  // turns a success into kExitUsage.
+  int Finish(int exitCode);
+
  private:
   CliOptions options_;
   CliHost host_;
   Home home_;
   std::optional<Project> project_;
+  std::unique_ptr<TraceFile> trace_;
 };
 
 }  // namespace lk::cli

@@ -4,10 +4,16 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "sim/sim_fault.h"
 
 int main(int argc, char** argv) {
   using namespace lk::cli;
   CLI::App app{"LKMCU Writer command line", "lkwriter-cli"};
+  // One line saying what is wrong; --help lists every option with its range. Set before
+  // the commands are added: they take it over when they are made.
+  app.failure_message([](const CLI::App*, const CLI::Error& e) {
+    return std::string("error: ") + e.what() + " (see --help)\n";
+  });
   app.require_subcommand(1);
 
   CliOptions options;
@@ -17,9 +23,21 @@ int main(int argc, char** argv) {
   app.add_option("--sim-state", options.simState, "file keeping the simulated writer's state");
   app.add_option("--sim-chip", options.simChip, "model in the simulated writer's socket");
   app.add_option("--sim-version", options.simVersion, "simulated firmware version (low byte)")
+      ->check(CLI::Range(0, kMaxSimVersion))
       ->capture_default_str();
-  app.add_option("--sim-fault", options.simFault, "inject a fault: KIND@N");
-  app.add_option("--timeout", options.timeoutMs, "answer timeout in ms")->capture_default_str();
+  app.add_option("--sim-fault", options.simFault,
+                 "inject a fault: KIND@N, the N-th packet (1.." +
+                     std::to_string(lk::sim::kMaxFaultPacket) +
+                     "); KIND: " + lk::sim::FaultKindNames())
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            std::string error;
+            return lk::sim::ParseFault(text, error) ? std::string() : error;
+          },
+          "KIND@N"));
+  app.add_option("--timeout", options.timeoutMs, "answer timeout in ms")
+      ->check(CLI::Range(kMinTimeoutMs, kMaxTimeoutMs))
+      ->capture_default_str();
   app.add_option("--trace", options.trace, "write every report out and in to FILE");
   app.add_flag("-q,--quiet", options.quiet, "no progress, no diagnostics");
   app.add_flag("-v,--verbose", options.verbose, "diagnostics on stderr");
@@ -50,5 +68,5 @@ int main(int argc, char** argv) {
     std::cerr << "error: " << e.what() << std::endl;
     return kExitUsage;
   }
-  return exitCode;
+  return owner ? owner->Finish(exitCode) : exitCode;
 }

@@ -1,30 +1,11 @@
 #include "cli/writer_device.h"
 
-#include <fstream>
-
 #include "link/hid_bus.h"
 #include "ops/station.h"
 #include "link/trace_transport.h"
 #include "sim/sim_bus.h"
 
 namespace lk::cli {
-namespace {
-
-// Keeps the trace file open for as long as the bus and its transports live.
-class TracedBus : public WriterBus {
- public:
-  TracedBus(std::unique_ptr<std::ofstream> file, std::unique_ptr<WriterBus> inner)
-      : file_(std::move(file)), traced_(MakeTraceBus(std::move(inner), *file_)) {}
-  bool Present() override { return traced_->Present(); }
-  std::unique_ptr<Transport> Open() override { return traced_->Open(); }
-  std::string Describe() const override { return traced_->Describe(); }
-
- private:
-  std::unique_ptr<std::ofstream> file_;
-  std::unique_ptr<WriterBus> traced_;
-};
-
-}  // namespace
 
 std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context, const std::string& socketModel) {
   const CliOptions& o = context.Options();
@@ -52,12 +33,10 @@ std::unique_ptr<WriterBus> MakeWriterBus(CliContext& context, const std::string&
     return nullptr;
   }
   if (o.trace.empty()) return bus;
-  auto file = std::make_unique<std::ofstream>(o.trace, std::ios::binary | std::ios::trunc);
-  if (!*file) {
-    host.Message(Icon::Critical, "cannot write the trace file " + o.trace, kAppTitle);
-    return nullptr;
-  }
-  return std::make_unique<TracedBus>(std::move(file), std::move(bus));
+  // The context keeps the file beyond the bus and checks it when the run ends.
+  std::ostream* trace = context.TraceStream();
+  if (trace == nullptr) return nullptr;
+  return MakeTraceBus(std::move(bus), *trace);
 }
 
 std::unique_ptr<Writer> MakeCliWriter(CliContext& context, const std::string& socketModel) {

@@ -4,7 +4,6 @@
 #include <cfloat>
 #include <limits>
 #include <optional>
-#include <system_error>
 
 #include "core/config_rules.h"
 #include "core/model_quirks.h"
@@ -131,37 +130,45 @@ std::vector<std::string> ListModels(Host& host, const Home& home) {
 
 ChipParams LoadChipParams(Host& host, const Home& home, const std::string& model) {
   const std::filesystem::path path = home.QvmcIni();
-  std::error_code ec;
-  if (!std::filesystem::exists(path, ec)) return {};
-
-  const ProfileList listed = GetSectionKeys(host, path, "MCULIST");
+  // The database is read once for the list and the record.
+  ReadOutcome outcome;
+  const std::optional<ProfileText> database = ProfileText::Load(path, outcome);
+  if (!database) {
+    // No database is like an unknown model; one that is there but cannot be read is
+    // named, or the user would never learn why no model loads.
+    if (!outcome.NoFile()) {
+      host.FileUnreadable(CannotReadText(path, outcome));
+    }
+    return {};
+  }
+  const ProfileList listed = database->SectionKeys("MCULIST");
   if (model.empty() || std::find(listed.begin() + 1, listed.end(), model) == listed.end()) {
     return {};
   }
 
-  std::string text;
-  if (!ReadTextFile(path, text)) return {};
   ChipParams chip;
   chip.Name = model;
   bool open = false;
   bool found = false;
-  for (const std::string& raw : SplitProfileLines(text)) {
-    const ProfileLine line = ClassifyProfileLine(raw);
+  bool refused = false;
+  database->ForEachLine([&](const ProfileLine& line) {
     if (line.kind == ProfileLineKind::Header) {
-      if (open) break;  // only the first section of the model counts
+      if (open) return false;  // only the first section of the model counts
       open = line.text == model;
       found = found || open;
-      continue;
+      return true;
     }
-    if (line.kind != ProfileLineKind::Data || !open) continue;
+    if (line.kind != ProfileLineKind::Data || !open) return true;
     const std::string key = ProfileKey(line.text);
     const std::string value = ProfileValue(line.text);
     if (!StoreKey(key, value, chip)) {
       Refuse(host, model, key, value);
-      return {};
+      refused = true;
+      return false;
     }
-  }
-  if (!found) return {};
+    return true;
+  });
+  if (!found || refused) return {};
 
   if (chip.RomSize < 0 || chip.RomSize > kMaxRomSize) {
     Refuse(host, model, "ROMSIZE", std::to_string(chip.RomSize));

@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <optional>
+#include <string_view>
+#include <unordered_map>
 
 #include "core/numeric_text.h"
 #include "core/profile.h"
@@ -60,6 +62,21 @@ std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool wit
   return items;
 }
 
+// The row value of one option from its data lines (the LENTH line first).
+std::string DecodeOption(const std::vector<std::string_view>& data,
+                         const std::vector<std::int32_t>& words) {
+  const auto width = ParseDecimal(ProfileValue(data[0]));
+  if (width && *width == 1.0) {
+    ProfileList lines{""};
+    lines.insert(lines.end(), data.begin(), data.end());
+    return CurrentChoice(lines, words);
+  }
+  for (std::size_t i = 1; i < data.size(); ++i) {
+    if (ProfileKey(data[i]) == "DAT") return FieldBinary(ProfileValue(data[i]), words);
+  }
+  return "";
+}
+
 }  // namespace
 
 std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32_t>& words) {
@@ -93,23 +110,38 @@ std::string FieldBinary(const std::string& datItems, const std::vector<std::int3
 std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesystem::path& file,
                                                  const std::vector<std::int32_t>& words) {
   std::vector<ConfigOptionRow> rows;
-  const ProfileList sections = GetSections(host, file);
-  for (std::size_t s = 1; s < sections.size(); ++s) {
-    const ProfileList lines = GetSectionLines(host, file, sections[s]);
-    if (lines.size() < 3) break;  // fewer than two data lines ends the definitions
-    ConfigOptionRow row{sections[s], ""};
-    const auto width = ParseDecimal(ProfileValue(lines[1]));
-    if (width && *width == 1.0) {
-      row.Value = CurrentChoice(lines, words);
-    } else {
-      for (std::size_t i = 2; i < lines.size(); ++i) {
-        if (ProfileKey(lines[i]) == "DAT") {
-          row.Value = FieldBinary(ProfileValue(lines[i]), words);
-          break;
-        }
-      }
+  const std::optional<ProfileText> definitions = ProfileText::Read(host, file);
+  if (!definitions) return rows;
+
+  // One walk gathers the data lines of every section, a section split over the file
+  // from each of its parts, as GetSectionLines would give them; asking the file once
+  // per option instead would read it as many times as it has options.
+  struct Section {
+    std::string_view name;
+    std::vector<std::string_view> data;
+  };
+  std::vector<Section> sections;     // one per name, in order of first appearance
+  std::vector<std::size_t> headers;  // per header in file order: its entry in `sections`
+  std::unordered_map<std::string_view, std::size_t> byName;
+  definitions->ForEachLine([&](const ProfileLine& line) {
+    if (line.kind == ProfileLineKind::Header) {
+      const auto [it, added] = byName.try_emplace(line.text, sections.size());
+      if (added) sections.push_back({line.text, {}});
+      headers.push_back(it->second);
+    } else if (line.kind == ProfileLineKind::Data && !headers.empty()) {
+      sections[headers.back()].data.push_back(line.text);
     }
-    rows.push_back(std::move(row));
+    return true;
+  });
+
+  // The value of an option depends on its name only: a name that comes back is decoded
+  // once.
+  std::vector<std::optional<std::string>> values(sections.size());
+  for (const std::size_t index : headers) {
+    const Section& section = sections[index];
+    if (section.data.size() < 2) break;  // fewer than two data lines ends the definitions
+    if (!values[index]) values[index] = DecodeOption(section.data, words);
+    rows.push_back({std::string(section.name), *values[index]});
   }
   return rows;
 }

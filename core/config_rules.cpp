@@ -18,7 +18,7 @@ struct RuleLine {
 };
 
 // "W" + word index + operator + 1..8 hex digits (read as "&h" + digits + "&").
-std::optional<RuleLine> ParseRule(const std::string& line) {
+std::optional<RuleLine> ParseRule(std::string_view line) {
   if (line.size() < 5 || (line[0] != 'W' && line[0] != 'w')) return std::nullopt;
   std::size_t i = 1;
   std::size_t word = 0;
@@ -30,7 +30,7 @@ std::optional<RuleLine> ParseRule(const std::string& line) {
   if (!digits || i + 2 > line.size()) return std::nullopt;
   RuleLine rule;
   rule.word = word;
-  const std::string op = line.substr(i, 2);
+  const std::string_view op = line.substr(i, 2);
   if (op == "==") {
     rule.op = RuleOp::Condition;
   } else if (op == "|=") {
@@ -40,7 +40,7 @@ std::optional<RuleLine> ParseRule(const std::string& line) {
   } else {
     return std::nullopt;
   }
-  const std::string hex = line.substr(i + 2);
+  const std::string_view hex = line.substr(i + 2);
   if (hex.empty() || hex.size() > 8 ||
       hex.find_first_not_of("0123456789ABCDEFabcdef") != std::string::npos) {
     return std::nullopt;
@@ -53,26 +53,32 @@ std::optional<RuleLine> ParseRule(const std::string& line) {
 
 void ApplyFileRules(Host& host, const Home& home, const std::string& name, const std::string& prod,
                     std::vector<std::int32_t>& words) {
-  std::string text;
-  if (!ReadTextFile(home.CfgIni(), text)) {
-    host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
+  ReadOutcome outcome;
+  const std::optional<ProfileText> rules = ProfileText::Load(home.CfgIni(), outcome);
+  if (!rules) {
+    // The rules are optional; a file that is there but cannot be read is a broken
+    // installation and is named.
+    if (outcome.NoFile()) {
+      host.Diagnostic("configuration rules " + home.CfgIni().string() + " not found");
+    } else {
+      host.FileUnreadable(CannotReadText(home.CfgIni(), outcome));
+    }
     return;
   }
   bool open = false;
   bool conditionHolds = true;
-  for (const std::string& raw : SplitProfileLines(text)) {
-    const ProfileLine line = ClassifyProfileLine(raw);
+  rules->ForEachLine([&](const ProfileLine& line) {
     if (line.kind == ProfileLineKind::Header) {
-      const std::string& section = line.text;
+      const std::string_view section = line.text;
       open = !section.empty() && (section == name || section == prod);
       conditionHolds = true;  // a condition never reaches past its section
-      continue;
+      return true;
     }
-    if (line.kind != ProfileLineKind::Data || !open) continue;
+    if (line.kind != ProfileLineKind::Data || !open) return true;
     const auto rule = ParseRule(line.text);
     if (!rule || rule->word >= words.size()) {
-      host.Diagnostic("cfg.ini: line ignored: " + line.text);
-      continue;
+      host.Diagnostic("cfg.ini: line ignored: " + std::string(line.text));
+      return true;
     }
     std::int32_t& word = words[rule->word];
     switch (rule->op) {
@@ -86,7 +92,8 @@ void ApplyFileRules(Host& host, const Home& home, const std::string& name, const
         if (conditionHolds) word &= rule->value;
         break;
     }
-  }
+    return true;
+  });
 }
 
 bool OptionIs(const std::vector<ConfigOptionRow>& rows, const std::string& option,

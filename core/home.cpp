@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/atomic_file.h"
+#include "core/bounded_read.h"
 
 #ifndef LK_INSTALLED_DATA
 #define LK_INSTALLED_DATA "../share/lkwriter"
@@ -48,10 +49,14 @@ std::uint64_t ContentHash(const std::string& bytes) {
 
 using SeedList = std::map<std::string, std::uint64_t>;  // relative path -> hash
 
+// A file of the installed copy that seeding takes (the chip documents under doc/ are the
+// largest).
+constexpr std::uintmax_t kMaxSeedFileBytes = 64u << 20;
+
 SeedList ReadSeedList(const fs::path& file) {
   SeedList list;
   std::string text;
-  if (!ReadWholeFile(file, text)) return list;
+  if (!ReadRegularFile(file, kMaxDataFileBytes, text).Ok()) return list;
   std::istringstream in(text);
   for (std::string line; std::getline(in, line);) {
     const std::size_t space = line.find(' ');
@@ -103,7 +108,7 @@ std::vector<std::string> Seed(Host& host, const fs::path& installed, const fs::p
       if (!it->is_regular_file(ec) || it->path().filename().string().front() == '.') continue;
       const std::string relative = it->path().lexically_relative(installed).generic_string();
       std::string bytes;
-      if (!ReadWholeFile(it->path(), bytes)) {
+      if (!ReadRegularFile(it->path(), kMaxSeedFileBytes, bytes).Ok()) {
         problems.push_back("cannot read " + it->path().string());
         continue;
       }
@@ -115,7 +120,10 @@ std::vector<std::string> Seed(Host& host, const fs::path& installed, const fs::p
         const auto was = seeded.find(relative);
         if (was == seeded.end() || was->second == hash) continue;
         std::string current;
-        if (!ReadWholeFile(target, current) || ContentHash(current) != was->second) continue;
+        if (!ReadRegularFile(target, kMaxSeedFileBytes, current).Ok() ||
+            ContentHash(current) != was->second) {
+          continue;
+        }
       }
       std::string error;
       fs::create_directories(target.parent_path(), ec);

@@ -7,6 +7,11 @@
 
 namespace lk {
 
+// The caption of message boxes that use the application title.
+inline constexpr const char* kAppTitle = "LKMCU Writer";
+inline constexpr int kVersionMajor = 1;
+inline constexpr int kVersionMinor = 0;
+
 enum class Icon { None, Information, Exclamation, Critical, Question };
 
 class Host {
@@ -36,11 +41,13 @@ class Host {
 
   // Diagnostics (timeouts, USB errors): never part of the message log.
   virtual void Diagnostic(const std::string& line) = 0;
-};
 
-// The caption of message boxes that use the application title.
-inline constexpr const char* kAppTitle = "LKMCU Writer";
-inline constexpr int kVersionMajor = 1;
-inline constexpr int kVersionMinor = 0;
+  // A data file that is there but cannot be read (a FIFO, a device, too large, refused
+  // by the system); text names it and says why. The program goes on as if it were
+  // missing, so it is shown as a message box; a command line also fails the run on it.
+  virtual void FileUnreadable(const std::string& text) {
+    Message(Icon::Critical, text, kAppTitle);
+  }
+};
 
 }  // namespace lk

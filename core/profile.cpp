@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <system_error>
 
 #include "core/atomic_file.h"
 #include "core/text_codec.h"
@@ -10,45 +9,31 @@
 namespace lk {
 namespace {
 
-// Reads and splits a file for the readers; a missing or unreadable file shows the
-// not-found message once and gives false.
-bool LoadProfile(Host& host, const std::filesystem::path& path, std::vector<std::string>& lines) {
-  std::string text;
-  if (!ReadTextFile(path, text)) {
-    ShowFileMessage(host, 1, path);
-    return false;
-  }
-  lines = SplitProfileLines(text);
-  return true;
-}
-
-// Calls visit(line) for each data line of the wanted section, gathering every part of a
+// Calls visit(text) for each data line of the wanted section, gathering every part of a
 // split section; visit returns false to stop the scan.
 template <typename Visit>
-void ForEachSectionLine(const std::vector<std::string>& lines, const std::string& section,
-                        Visit visit) {
+void ForEachSectionLine(const ProfileText& profile, const std::string& section, Visit visit) {
   bool open = false;
-  for (const std::string& raw : lines) {
-    const ProfileLine line = ClassifyProfileLine(raw);
+  profile.ForEachLine([&](const ProfileLine& line) {
     if (line.kind == ProfileLineKind::Header) {
       open = line.text == section;
     } else if (line.kind == ProfileLineKind::Data && open) {
-      if (!visit(line.text)) return;
+      return visit(line.text);
     }
-  }
+    return true;
+  });
 }
 
 // ---- writing, with the rules of the Windows profile writer ----
 
-std::string TrimWhite(const std::string& s) {
+std::string_view TrimWhite(std::string_view s) {
   const auto isWhite = [](char c) { return c == ' ' || c == '\t'; };
-  std::size_t b = 0, e = s.size();
-  while (b < e && isWhite(s[b])) ++b;
-  while (e > b && isWhite(s[e - 1])) --e;
-  return s.substr(b, e - b);
+  while (!s.empty() && isWhite(s.front())) s.remove_prefix(1);
+  while (!s.empty() && isWhite(s.back())) s.remove_suffix(1);
+  return s;
 }
 
-bool EqualsNoCase(const std::string& a, const std::string& b) {
+bool EqualsNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(), [](unsigned char x, unsigned char y) {
            return std::tolower(x) == std::tolower(y);
@@ -59,20 +44,19 @@ enum class WriterLineKind { Other, Header, Entry };
 
 struct WriterLine {
   WriterLineKind kind = WriterLineKind::Other;
-  std::string name;  // section name or key, trimmed
+  std::string_view name;  // section name or key, trimmed
 };
 
 // The Windows writer's view of a line: "[name]" (name trimmed, ']' optional), ";"
 // comments, "key=value" or a bare key.
-WriterLine ParseForWriting(const std::string& raw) {
+WriterLine ParseForWriting(std::string_view raw) {
   WriterLine out;
-  const std::string line = TrimWhite(raw);
+  const std::string_view line = TrimWhite(raw);
   if (line.empty() || line.front() == ';') return out;
   if (line.front() == '[') {
     out.kind = WriterLineKind::Header;
     const std::size_t close = line.find(']');
-    out.name =
-        TrimWhite(line.substr(1, close == std::string::npos ? std::string::npos : close - 1));
+    out.name = TrimWhite(line.substr(1, close == std::string_view::npos ? close : close - 1));
     return out;
   }
   out.kind = WriterLineKind::Entry;
@@ -92,62 +76,133 @@ std::string FirstLine(const std::string& s) {
   return s.substr(0, s.find_first_of("\r\n"));
 }
 
+// Sets key=value in the first section of that name (both matched case-insensitively),
+// replacing the value in place, inserting the key after the section's last entry, or
+// appending the section at the end of the file. Only the line written changes: every
+// other line keeps its bytes and its own line break.
+void SetEntry(std::string& text, const std::string& eol, const std::string& section,
+              const std::string& key, const std::string& value) {
+  TextLines lines(text);
+  bool inSection = false;
+  std::size_t insertAt = 0;
+  bool insertNeedsBreak = false;  // the line to insert after ends the file without a break
+  for (std::string_view raw; lines.Next(raw);) {
+    const WriterLine w = ParseForWriting(raw);
+    if (!inSection) {
+      inSection = w.kind == WriterLineKind::Header && EqualsNoCase(w.name, section);
+    } else if (w.kind == WriterLineKind::Header) {
+      break;
+    } else if (w.kind != WriterLineKind::Entry) {
+      continue;
+    } else if (EqualsNoCase(w.name, key)) {
+      // A value cannot span lines: a line break would open new lines in the file.
+      const std::string line = std::string(w.name) + "=" + FirstLine(value);
+      text.replace(lines.Start(), lines.End() - lines.Start(), line);
+      return;
+    }
+    if (inSection) {
+      insertAt = lines.NextStart();
+      insertNeedsBreak = lines.End() == lines.NextStart();
+    }
+  }
+  const std::string entry = FirstLine(key) + "=" + FirstLine(value) + eol;
+  if (inSection) {
+    text.insert(insertAt, insertNeedsBreak ? eol + entry : entry);
+    return;
+  }
+  if (!text.empty() && text.back() != '\n' && text.back() != '\r') text += eol;
+  text += "[" + FirstLine(section) + "]" + eol + entry;
+}
+
 // Cut at ";", trim blanks.
-std::string NormaliseProfileLine(const std::string& line) {
-  std::string out = line.substr(0, line.find(';'));
-  const std::size_t b = out.find_first_not_of(' ');
-  if (b == std::string::npos) return "";
-  const std::size_t e = out.find_last_not_of(' ');
-  return out.substr(b, e - b + 1);
+std::string_view NormaliseProfileLine(std::string_view line) {
+  line = line.substr(0, line.find(';'));
+  const std::size_t b = line.find_first_not_of(' ');
+  if (b == std::string_view::npos) return {};
+  const std::size_t e = line.find_last_not_of(' ');
+  return line.substr(b, e - b + 1);
 }
 
 }  // namespace
 
-std::string ProfileKey(const std::string& line) { return line.substr(0, line.find('=')); }
+std::string ProfileKey(std::string_view line) { return std::string(line.substr(0, line.find('='))); }
 
-std::string ProfileValue(const std::string& line) {
+std::string ProfileValue(std::string_view line) {
   const std::size_t eq = line.find('=');
-  if (eq == std::string::npos) return "";
+  if (eq == std::string_view::npos) return "";
   const std::size_t next = line.find('=', eq + 1);
-  return line.substr(eq + 1, next == std::string::npos ? std::string::npos : next - eq - 1);
+  return std::string(
+      line.substr(eq + 1, next == std::string_view::npos ? std::string_view::npos : next - eq - 1));
 }
 
-ProfileLine ClassifyProfileLine(const std::string& raw) {
+ProfileLine ClassifyProfileLine(std::string_view raw) {
   ProfileLine out;
-  std::string line = NormaliseProfileLine(raw);
+  const std::string_view line = NormaliseProfileLine(raw);
   if (line.empty()) return out;
   if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
     out.kind = ProfileLineKind::Header;
     out.text = line.substr(1, line.size() - 2);
   } else if (line.front() != '*') {
     out.kind = ProfileLineKind::Data;
-    out.text = std::move(line);
+    out.text = line;
   }
   return out;
 }
 
-std::vector<std::string> SplitProfileLines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::size_t start = 0;
-  std::size_t i = 0;
-  while (i < text.size()) {
-    const char c = text[i];
-    if (c == '\r' || c == '\n') {
-      lines.emplace_back(text, start, i - start);
-      if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-      start = i + 1;
-    }
-    ++i;
-  }
-  if (start < text.size()) lines.emplace_back(text, start, text.size() - start);
-  return lines;
+std::optional<ProfileText> ProfileText::Load(const std::filesystem::path& path,
+                                             ReadOutcome& outcome) {
+  std::string bytes;
+  outcome = ReadRegularFile(path, kMaxDataFileBytes, bytes);
+  if (!outcome.Ok()) return std::nullopt;
+  return ProfileText(DecodeText(bytes, DetectEncoding(bytes)));
 }
 
-bool ReadTextFile(const std::filesystem::path& path, std::string& utf8Text) {
-  std::string bytes;
-  if (!ReadWholeFile(path, bytes)) return false;
-  utf8Text = DecodeText(bytes, DetectEncoding(bytes));
-  return true;
+std::optional<ProfileText> ProfileText::Read(Host& host, const std::filesystem::path& path) {
+  ReadOutcome outcome;
+  std::optional<ProfileText> profile = Load(path, outcome);
+  if (outcome.NoFile()) {
+    ShowFileMessage(host, 1, path);
+  } else if (!outcome.Ok()) {
+    host.FileUnreadable(CannotReadText(path, outcome));
+  }
+  return profile;
+}
+
+ProfileList ProfileText::Sections() const {
+  ProfileList out{""};
+  ForEachLine([&](const ProfileLine& line) {
+    if (line.kind == ProfileLineKind::Header) out.emplace_back(line.text);
+    return true;
+  });
+  return out;
+}
+
+ProfileList ProfileText::SectionLines(const std::string& section) const {
+  ProfileList out{""};
+  ForEachSectionLine(*this, section, [&](std::string_view line) {
+    out.emplace_back(line);
+    return true;
+  });
+  return out;
+}
+
+ProfileList ProfileText::SectionKeys(const std::string& section) const {
+  ProfileList out{""};
+  ForEachSectionLine(*this, section, [&](std::string_view line) {
+    out.push_back(ProfileKey(line));
+    return true;
+  });
+  return out;
+}
+
+std::string ProfileText::Value(const std::string& section, const std::string& key) const {
+  std::string value;
+  ForEachSectionLine(*this, section, [&](std::string_view line) {
+    if (line.substr(0, line.find('=')) != key) return true;
+    value = ProfileValue(line);
+    return false;
+  });
+  return value;
 }
 
 void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path) {
@@ -159,125 +214,46 @@ void ShowFileMessage(Host& host, int kind, const std::filesystem::path& path) {
 }
 
 ProfileList GetSections(Host& host, const std::filesystem::path& path) {
-  ProfileList out{""};
-  std::vector<std::string> lines;
-  if (!LoadProfile(host, path, lines)) return out;
-  for (const std::string& raw : lines) {
-    ProfileLine line = ClassifyProfileLine(raw);
-    if (line.kind == ProfileLineKind::Header) out.push_back(std::move(line.text));
-  }
-  return out;
+  const auto profile = ProfileText::Read(host, path);
+  return profile ? profile->Sections() : ProfileList{""};
 }
 
 ProfileList GetSectionLines(Host& host, const std::filesystem::path& path,
                             const std::string& section) {
-  ProfileList out{""};
-  std::vector<std::string> lines;
-  if (!LoadProfile(host, path, lines)) return out;
-  ForEachSectionLine(lines, section, [&](const std::string& line) {
-    out.push_back(line);
-    return true;
-  });
-  return out;
+  const auto profile = ProfileText::Read(host, path);
+  return profile ? profile->SectionLines(section) : ProfileList{""};
 }
 
 ProfileList GetSectionKeys(Host& host, const std::filesystem::path& path,
                            const std::string& section) {
-  ProfileList out{""};
-  std::vector<std::string> lines;
-  if (!LoadProfile(host, path, lines)) return out;
-  ForEachSectionLine(lines, section, [&](const std::string& line) {
-    out.push_back(ProfileKey(line));
-    return true;
-  });
-  return out;
+  const auto profile = ProfileText::Read(host, path);
+  return profile ? profile->SectionKeys(section) : ProfileList{""};
 }
 
 std::string GetValue(Host& host, const std::filesystem::path& path, const std::string& section,
                      const std::string& key) {
-  std::vector<std::string> lines;
-  if (!LoadProfile(host, path, lines)) return "";
-  std::string value;
-  ForEachSectionLine(lines, section, [&](const std::string& line) {
-    if (ProfileKey(line) != key) return true;
-    value = ProfileValue(line);
-    return false;
-  });
-  return value;
+  const auto profile = ProfileText::Read(host, path);
+  return profile ? profile->Value(section, key) : "";
 }
-
-namespace {
-
-// Sets key=value in the first section of that name (both matched case-insensitively),
-// replacing the value in place, appending the key after the section's last entry, or
-// appending the section at the end of the file.
-void SetEntry(std::vector<std::string>& lines, bool& trailingEol, const std::string& section,
-              const std::string& key, const std::string& value) {
-  // A value cannot span lines: a line break would open new lines in the file.
-  const std::string entry = FirstLine(key) + "=" + FirstLine(value);
-
-  std::size_t header = lines.size();
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    const WriterLine w = ParseForWriting(lines[i]);
-    if (w.kind == WriterLineKind::Header && EqualsNoCase(w.name, section)) {
-      header = i;
-      break;
-    }
-  }
-  if (header == lines.size()) {
-    lines.push_back("[" + FirstLine(section) + "]");
-    lines.push_back(entry);
-    trailingEol = true;
-    return;
-  }
-  std::size_t lastEntry = header;
-  std::size_t found = lines.size();
-  for (std::size_t i = header + 1; i < lines.size(); ++i) {
-    const WriterLine w = ParseForWriting(lines[i]);
-    if (w.kind == WriterLineKind::Header) break;
-    if (w.kind != WriterLineKind::Entry) continue;
-    lastEntry = i;
-    if (EqualsNoCase(w.name, key)) {
-      found = i;
-      break;
-    }
-  }
-  if (found != lines.size()) {
-    lines[found] = ParseForWriting(lines[found]).name + "=" + FirstLine(value);
-  } else {
-    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(lastEntry) + 1, entry);
-    if (lastEntry + 2 == lines.size()) trailingEol = true;
-  }
-}
-
-}  // namespace
 
 bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
                  const std::vector<std::pair<std::string, std::string>>& entries) {
-  std::error_code ec;
   std::string bytes;
-  if (!std::filesystem::is_regular_file(path, ec) || !ReadWholeFile(path, bytes)) {
+  const ReadOutcome read = ReadRegularFile(path, kMaxDataFileBytes, bytes);
+  if (read.NoFile()) {
     host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
     return false;
   }
-  const TextEncoding encoding = DetectEncoding(bytes);
-  const std::string text = DecodeText(bytes, encoding);
-  const std::string eol = DetectLineEnd(text);
-  std::vector<std::string> lines = SplitProfileLines(text);
-  bool trailingEol = !text.empty() && (text.back() == '\n' || text.back() == '\r');
-  for (const auto& [key, value] : entries) SetEntry(lines, trailingEol, section, key, value);
-
-  std::string out;
-  std::size_t total = 0;
-  for (const auto& l : lines) total += l.size() + eol.size();
-  out.reserve(total);
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    if (i > 0) out += eol;
-    out += lines[i];
+  if (!read.Ok()) {
+    host.FileUnreadable(CannotReadText(path, read));
+    return false;
   }
-  if (trailingEol) out += eol;
+  const TextEncoding encoding = DetectEncoding(bytes);
+  std::string text = DecodeText(bytes, encoding);
+  const std::string eol = DetectLineEnd(text);
+  for (const auto& [key, value] : entries) SetEntry(text, eol, section, key, value);
 
-  const std::string encoded = EncodeText(out, encoding);
+  const std::string encoded = EncodeText(text, encoding);
   // Nothing changed: leave the file (and the disk) alone.
   if (encoded == bytes) return true;
   std::string error;

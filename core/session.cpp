@@ -4,12 +4,15 @@
 #include "core/model_quirks.h"
 #include "core/numeric_text.h"
 #include "core/profile.h"
+#include "core/text_codec.h"
 
 namespace lk {
 namespace {
 
-float ReadNumber(Host& host, const Home& home, const std::string& window, const char* key) {
-  const auto v = ParseDecimal(GetValue(host, home.FrmDat(), window, key));
+// A window-unit number of frm.dat; 0 when it is empty or does not fit a float.
+float NumberOf(const std::optional<ProfileText>& frm, const std::string& window, const char* key) {
+  if (!frm) return 0;
+  const auto v = ParseDecimal(frm->Value(window, key));
   if (!v || *v > 3.4e38 || *v < -3.4e38) return 0;
   return static_cast<float>(*v);
 }
@@ -17,39 +20,36 @@ float ReadNumber(Host& host, const Home& home, const std::string& window, const 
 }  // namespace
 
 WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& window) {
-  WindowGeometry g;
-  g.Left = ReadNumber(host, home, window, "Left");
-  g.Top = ReadNumber(host, home, window, "Top");
-  g.Width = ReadNumber(host, home, window, "Width");
-  g.Height = ReadNumber(host, home, window, "Height");
-  return g;
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  return {NumberOf(frm, window, "Left"), NumberOf(frm, window, "Top"),
+          NumberOf(frm, window, "Width"), NumberOf(frm, window, "Height")};
 }
 
 bool WriteGeometry(Host& host, const Home& home, const std::string& window,
                    const WindowGeometry& geometry) {
-  bool ok = WriteValue(host, home.FrmDat(), window, "Left", FloatText(geometry.Left));
-  ok = WriteValue(host, home.FrmDat(), window, "Top", FloatText(geometry.Top)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Width", FloatText(geometry.Width)) && ok;
-  ok = WriteValue(host, home.FrmDat(), window, "Height", FloatText(geometry.Height)) && ok;
-  return ok;
+  return WriteValues(host, home.FrmDat(), window,
+                     {{"Left", FloatText(geometry.Left)},
+                      {"Top", FloatText(geometry.Top)},
+                      {"Width", FloatText(geometry.Width)},
+                      {"Height", FloatText(geometry.Height)}});
 }
 
 ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
-  return {ReadNumber(host, home, "FrmConfigDisp", "CHeader1"),
-          ReadNumber(host, home, "FrmConfigDisp", "CHeader2")};
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  return {NumberOf(frm, "FrmConfigDisp", "CHeader1"), NumberOf(frm, "FrmConfigDisp", "CHeader2")};
 }
 
 bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths) {
-  const bool first =
-      WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader1", FloatText(widths.First));
-  return WriteValue(host, home.FrmDat(), "FrmConfigDisp", "CHeader2", FloatText(widths.Second)) &&
-         first;
+  return WriteValues(host, home.FrmDat(), "FrmConfigDisp",
+                     {{"CHeader1", FloatText(widths.First)}, {"CHeader2", FloatText(widths.Second)}});
 }
 
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
   std::array<std::string, 5> files;
+  const std::optional<ProfileText> data = ProfileText::Read(host, home.DataDat());
+  if (!data) return files;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    files[i] = GetValue(host, home.DataDat(), "RecentFile", "File" + std::to_string(i));
+    files[i] = data->Value("RecentFile", "File" + std::to_string(i));
   }
   return files;
 }
@@ -82,16 +82,20 @@ ChipParams LoadStartupChip(Host& host, const Home& home, const std::string& mode
 }
 
 void PushRecentFile(std::array<std::string, 5>& files, const std::string& path) {
-  if (files[0] == path) return;
+  // The list holds what data.dat can keep: a name with bytes that are no text is kept
+  // with U+FFFD in their place, so that opening it again finds it at the front rather
+  // than adding it once more.
+  const std::string entry = ToValidUtf8(path);
+  if (files[0] == entry) return;
   std::size_t from = files.size() - 1;  // not in 1..3: everything moves, entry 4 drops
   for (std::size_t i = 1; i <= 3; ++i) {
-    if (files[i] == path) {
+    if (files[i] == entry) {
       from = i;
       break;
     }
   }
   for (std::size_t i = from; i > 0; --i) files[i] = files[i - 1];
-  files[0] = path;
+  files[0] = entry;
 }
 
 }  // namespace lk

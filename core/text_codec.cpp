@@ -87,6 +87,24 @@ bool IsValidUtf8(std::string_view bytes) {
   return true;
 }
 
+std::string ToValidUtf8(std::string_view text) {
+  if (IsValidUtf8(text)) return std::string(text);
+  std::string out;
+  out.reserve(text.size() + 16);
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const std::size_t len = Utf8SequenceLength(text, i);
+    if (len == 0) {
+      out.append(kReplacement);
+      ++i;
+    } else {
+      out.append(text.substr(i, len));
+      i += len;
+    }
+  }
+  return out;
+}
+
 TextEncoding DetectEncoding(std::string_view bytes) {
   if (bytes.substr(0, kBom.size()) == kBom && IsValidUtf8(bytes.substr(kBom.size()))) {
     return TextEncoding::Utf8Bom;
@@ -110,9 +128,9 @@ std::string DecodeText(std::string_view bytes, TextEncoding encoding) {
 std::string EncodeText(std::string_view utf8, TextEncoding encoding) {
   switch (encoding) {
     case TextEncoding::Utf8:
-      return std::string(utf8);
+      return ToValidUtf8(utf8);
     case TextEncoding::Utf8Bom:
-      return std::string(kBom) + std::string(utf8);
+      return std::string(kBom) + ToValidUtf8(utf8);
     case TextEncoding::Gbk:
       break;
   }

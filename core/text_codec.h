@@ -20,8 +20,15 @@ TextEncoding DetectEncoding(std::string_view bytes);
 // become U+FFFD, so garbage never stops a reader.
 std::string DecodeText(std::string_view bytes, TextEncoding encoding);
 
+// The text with every byte sequence that is not UTF-8 replaced by U+FFFD (one for each
+// byte stepped over); valid text comes back unchanged.
+std::string ToValidUtf8(std::string_view text);
+
 // Encodes UTF-8 text for a file in the given encoding (the BOM is added back for
 // Utf8Bom). Characters that GBK cannot hold become "?", as the ANSI profile writer does.
+// The result is always valid in the target encoding: bytes of the text that are not
+// UTF-8 (a file name from the system can hold any byte) become U+FFFD or "?", so that
+// one value can never change how the rest of a file is read back.
 std::string EncodeText(std::string_view utf8, TextEncoding encoding);
 
 }  // namespace lk

@@ -31,7 +31,7 @@ const char* BctModel(std::int32_t code) {
 bool ReadBctFile(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string bytes;
-  if (!files::ReadBoundedFile(path, files::kMaxBinaryFileBytes, bytes)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
   if (bytes.size() < 256) return false;
   const char* model = BctModel(files::WordAt(bytes, 144));
   if (model == nullptr) return false;

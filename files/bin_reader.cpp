@@ -7,9 +7,9 @@
 
 namespace lk {
 
-bool ReadBinFile(Host&, const Home&, ChipParams& chip, const std::filesystem::path& path) {
+bool ReadBinFile(Host& host, const Home&, ChipParams& chip, const std::filesystem::path& path) {
   std::string bytes;
-  if (!files::ReadBoundedFile(path, files::kMaxBinaryFileBytes, bytes)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
   const std::int64_t fullLength = 2 * (std::int64_t{chip.RomSize} + 1);
   const bool is51A1 = chip.Prod == "51A1";
   const auto length = static_cast<std::int64_t>(bytes.size());

@@ -12,7 +12,7 @@ namespace lk {
 bool ReadFtcFile(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string bytes;
-  if (!files::ReadBoundedFile(path, files::kMaxBinaryFileBytes, bytes)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
   if (bytes.size() < 7) return false;
   std::string_view name(bytes.data(), 7);
   while (!name.empty() && name.front() == ' ') name.remove_prefix(1);

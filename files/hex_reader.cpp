@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "core/text_lines.h"
 #include "files/model_rules.h"
 #include "files/read_support.h"
 #include "files/readers.h"
@@ -45,10 +46,11 @@ DataRecordResult StoreDataRecord(std::string_view line, std::vector<std::int32_t
 
 }  // namespace files
 
-bool ReadHexFile(Host&, const Home&, ChipParams& chip, const std::filesystem::path& path) {
+bool ReadHexFile(Host& host, const Home&, ChipParams& chip, const std::filesystem::path& path) {
   std::string text;
-  if (!files::ReadBoundedFile(path, files::kMaxTextFileBytes, text)) return false;
-  for (std::string_view line : files::SplitLines(text)) {
+  if (!files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) return false;
+  TextLines lines(text);
+  for (std::string_view line; lines.Next(line);) {
     if (files::RecordType(line) != "00") continue;  // addresses, end of file, others
     const auto result = files::StoreDataRecord(line, chip.RomWords, chip.RomSize, chip.HexMcu);
     if (result == files::DataRecordResult::Malformed) return false;

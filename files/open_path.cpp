@@ -84,8 +84,14 @@ OpenResult NewFile(Project& project) {
 }
 
 OpenResult OpenPath(Host& host, const Home& home, Project& project, std::string path) {
+  // A folder is no file; anything else that exists (a FIFO, a device) goes on to its
+  // reader, which refuses what is not a regular file without blocking on it.
   std::error_code ec;
-  if (path.empty() || !std::filesystem::is_regular_file(path, ec)) {
+  const auto type = path.empty() ? std::filesystem::file_type::not_found
+                                 : std::filesystem::status(path, ec).type();
+  if (type == std::filesystem::file_type::not_found ||
+      type == std::filesystem::file_type::none ||
+      type == std::filesystem::file_type::directory) {
     ShowFileMessage(host, 1, path);
     return {};
   }

@@ -46,7 +46,7 @@ std::uint8_t LenientHexByte(std::string_view digits) {
 bool ReadProjectFile(Host& host, const Home& home, ChipParams& chip,
                      const std::filesystem::path& path) {
   std::string bytes;
-  if (!files::ReadBoundedFile(path, files::kMaxBinaryFileBytes, bytes)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
 
   const std::string fileModel = ReadModelName(bytes);
   if (fileModel.empty()) return false;

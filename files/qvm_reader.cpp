@@ -22,6 +22,7 @@
 #include <utility>
 
 #include "core/chip_database.h"
+#include "core/text_lines.h"
 #include "files/model_rules.h"
 #include "files/read_support.h"
 #include "files/readers.h"
@@ -49,8 +50,9 @@ std::string_view TrimRight(std::string_view s) {
 
 // The model named by the first QV record; empty when there is none or it is not in the
 // table.
-std::string FindModel(const std::vector<std::string_view>& lines) {
-  for (std::string_view line : lines) {
+std::string FindModel(std::string_view text) {
+  TextLines lines(text);
+  for (std::string_view line; lines.Next(line);) {
     if (files::RecordType(line) != "QV") continue;
     const std::string_view digits = TrimRight(files::Mid(line, 14));
     std::uint32_t number = 0;
@@ -88,10 +90,8 @@ bool ParseStrictRecord(std::string_view line, std::uint32_t& address, std::strin
 bool ReadQvmFile(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string text;
-  if (!files::ReadBoundedFile(path, files::kMaxTextFileBytes, text)) return false;
-  const std::vector<std::string_view> lines = files::SplitLines(text);
-
-  const std::string model = FindModel(lines);
+  if (!files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) return false;
+  const std::string model = FindModel(text);
   ChipParams fresh;
   if (!model.empty()) fresh = LoadChipParams(host, home, ResolveModelAlias(model));
   if (!fresh.Loaded()) {
@@ -101,7 +101,8 @@ bool ReadQvmFile(Host& host, const Home& home, ChipParams& chip,
 
   bool configRead = false;
   std::string data;
-  for (std::string_view line : lines) {
+  TextLines lines(text);
+  for (std::string_view line; lines.Next(line);) {
     if (TrimRight(line).empty()) continue;
     const std::string_view type = files::RecordType(line);
     if (type == "QV" || type == "01" || type == "02" || type == "04") continue;

@@ -1,26 +1,16 @@
 #include "files/read_support.h"
 
 #include <array>
-#include <fstream>
-#include <system_error>
+
+#include "core/bounded_read.h"
 
 namespace lk::files {
 
-bool ReadBoundedFile(const std::filesystem::path& path, std::uintmax_t maxBytes,
-                     std::string& bytes) {
-  std::error_code ec;
-  if (!std::filesystem::is_regular_file(path, ec)) return false;
-  const std::uintmax_t size = std::filesystem::file_size(path, ec);
-  if (ec || size > maxBytes) return false;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::string data(static_cast<std::size_t>(size), '\0');
-  in.read(data.data(), static_cast<std::streamsize>(size));
-  // The file may have changed between the size check and the read: keep what came.
-  data.resize(static_cast<std::size_t>(in.gcount()));
-  if (in.bad()) return false;
-  bytes = std::move(data);
-  return true;
+bool ReadImageFile(Host& host, const std::filesystem::path& path, std::uintmax_t maxBytes,
+                   std::string& bytes) {
+  const ReadOutcome read = ReadRegularFile(path, maxBytes, bytes);
+  if (!read.Ok()) host.Diagnostic(CannotReadText(path, read));
+  return read.Ok();
 }
 
 std::string_view Mid(std::string_view text, std::size_t start, std::size_t length) {
@@ -67,19 +57,6 @@ void CopyWords(const std::string& bytes, std::size_t offset, std::size_t count,
     if (offset + 2 * i + 1 >= bytes.size()) break;
     words[i] = WordAt(bytes, offset + 2 * i);
   }
-}
-
-std::vector<std::string_view> SplitLines(std::string_view text) {
-  std::vector<std::string_view> lines;
-  std::size_t start = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\r' && text[i] != '\n') continue;
-    lines.push_back(text.substr(start, i - start));
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-    start = i + 1;
-  }
-  if (start < text.size()) lines.push_back(text.substr(start));
-  return lines;
 }
 
 }  // namespace lk::files

@@ -1,6 +1,7 @@
 // Small helpers shared by the image readers: bounded whole-file reads, field access by
 // character position that never reads past the text, hexadecimal fields and the
-// halving with round-half-to-even that the record readers use.
+// halving with round-half-to-even that the record readers use. Line formats walk their
+// text with TextLines (core/text_lines.h).
 #pragma once
 
 #include <cstddef>
@@ -10,17 +11,22 @@
 #include <string_view>
 #include <vector>
 
+#include "core/host.h"
+
 namespace lk::files {
 
-// No valid binary image (project, BIN, SN8, BCT, FTC) comes near this size.
-inline constexpr std::uintmax_t kMaxBinaryFileBytes = 16u << 20;
-// Text images spend about 2.75 characters per byte; 64 MiB is far beyond any chip.
-inline constexpr std::uintmax_t kMaxTextFileBytes = 64u << 20;
+// The largest chip has 65536 program words and 32768 EEDATA bytes, so its project file
+// is under 200 KiB; no valid binary image (project, BIN, SN8, BCT, FTC) comes near this.
+inline constexpr std::uintmax_t kMaxBinaryFileBytes = 1u << 20;
+// A text image of the largest chip, one word per record, takes about 1.1 MiB; this leaves
+// room for any layout of records, blank lines and comments.
+inline constexpr std::uintmax_t kMaxTextFileBytes = 16u << 20;
 
-// Reads a whole regular file of at most maxBytes; false when it is missing, not a
-// regular file, larger than maxBytes or unreadable. Nothing larger is ever allocated.
-bool ReadBoundedFile(const std::filesystem::path& path, std::uintmax_t maxBytes,
-                     std::string& bytes);
+// Reads a whole image file for a reader: a regular file of at most maxBytes. Anything
+// else gives false with the reason as a diagnostic; the open dispatcher then reports
+// "Open File Error!" as for any refused file.
+bool ReadImageFile(Host& host, const std::filesystem::path& path, std::uintmax_t maxBytes,
+                   std::string& bytes);
 
 // The characters from 1-based position start, at most length of them; empty past the
 // end of the text, like the text functions of the record formats' original tools.
@@ -32,9 +38,6 @@ bool ParseHexField(std::string_view field, std::uint32_t& value);
 
 // value / 2 rounded half to even: 3 -> 2, 5 -> 2, 1 -> 0.
 std::uint32_t HalveRoundHalfEven(std::uint32_t value);
-
-// Splits text into lines at CR LF, CR or LF; a last line without an ending counts.
-std::vector<std::string_view> SplitLines(std::string_view text);
 
 // Little-endian 16-bit value at offset; the caller checks the bounds.
 inline std::int32_t WordAt(const std::string& bytes, std::size_t offset) {

@@ -12,7 +12,7 @@ namespace lk {
 bool ReadSn8File(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string bytes;
-  if (!files::ReadBoundedFile(path, files::kMaxBinaryFileBytes, bytes)) return false;
+  if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
   ChipParams fresh = LoadChipParams(host, home, chip.Name);
   if (!fresh.Loaded() || fresh.RomSize < 0) return false;
   const std::size_t words = static_cast<std::size_t>(fresh.RomSize) + 1;

@@ -19,6 +19,8 @@
 #include "files/readers.h"
 #include "rolling/roll_code.h"
 #include "rolling/roll_settings.h"
+#include "sim/sim_fault.h"
+#include "sim/sim_state_file.h"
 
 namespace lk::fuzz {
 namespace {
@@ -255,6 +257,36 @@ bool RollSettingsTarget(const std::uint8_t* data, std::size_t size) {
   return saved && input.Enable;
 }
 
+// The simulated writer's state file, read through its loader; a state it takes must come
+// back unchanged from its own text, or the next run would see another writer.
+bool SimStateTarget(const std::uint8_t* data, std::size_t size) {
+  Environment& env = Env();
+  const fs::path path = env.Work("writer.state");
+  WriteText(path, Bytes(data, size));
+  sim::SimState state;
+  std::string error;
+  if (sim::LoadStateFile(path, state, error) != sim::StateFileResult::Loaded) {
+    if (error.empty()) std::abort();  // every refusal says why
+    return false;
+  }
+  const std::optional<sim::SimState> again = sim::ParseState(sim::FormatState(state), error);
+  if (!again || !(*again == state)) std::abort();
+  return true;
+}
+
+// The text of --sim-fault: taken with N in range, or refused with a reason.
+bool SimFaultTarget(const std::uint8_t* data, std::size_t size) {
+  std::string error;
+  const std::optional<sim::SimFault> fault = sim::ParseFault(std::string(Bytes(data, size)), error);
+  if (!fault) {
+    if (error.empty()) std::abort();
+    return false;
+  }
+  if (fault->kind == sim::FaultKind::None) return false;
+  if (fault->packet < 1 || fault->packet > sim::kMaxFaultPacket) std::abort();
+  return true;
+}
+
 }  // namespace
 
 const std::vector<std::string>& FuzzModels() {
@@ -292,6 +324,8 @@ const std::vector<FuzzTarget>& FuzzTargets() {
       {"profile", 4 * 1024, Profile},
       {"config_defs", 4 * 1024, ConfigDefs},
       {"roll_settings", 2 * 1024, RollSettingsTarget},
+      {"sim_state", 64 * 1024, SimStateTarget},
+      {"sim_fault", 64, SimFaultTarget},
   };
   return targets;
 }

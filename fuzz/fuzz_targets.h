@@ -2,10 +2,10 @@
 // corpus replay test of the ordinary build, so that every seed and every input that
 // once crashed is run again on each test run.
 //
-// Each target writes its input to a file inside a temporary program folder (made once
-// per process, with a small chip database, configuration rules and session file of its
-// own) and drives one reader with a Host that does nothing. A target must never crash,
-// leak or hang, whatever the bytes.
+// Each target that reads a file writes its input to a file inside a temporary program
+// folder (made once per process, with a small chip database, configuration rules and
+// session file of its own) and drives one reader with a Host that does nothing. A target
+// must never crash, leak or hang, whatever the bytes.
 #pragma once
 
 #include <cstddef>

@@ -14,6 +14,7 @@
 #include "files/open_path.h"
 #include "files/project_file.h"
 #include "fuzz/fuzz_targets.h"
+#include "sim/sim_state_file.h"
 
 namespace {
 
@@ -152,5 +153,26 @@ int main(int argc, char** argv) {
   Seed("roll_settings", "bad-disabled.ini",
        "[Rolling Code]\r\nAddress=800 1 2\r\nWorld_Lenth=99999999999\r\nCount=255 -1\r\n"
        "Value=False\r\nVersion=1\r\n");
+  // The simulated writer's state: a writer with the tiny chip in its socket and a
+  // stored program, an empty socket, and two files that are no state.
+  lk::sim::SimState state;
+  state.chip = lk::sim::SimChip::FromParams(tiny);
+  state.chip->program[3] = 0x1234;
+  state.chip->programmed = true;
+  state.store.program = {0x0001, 0x0002};
+  state.store.paramBlock.assign(64, 0x5A);
+  Seed("sim_state", "ok-chip.state", lk::sim::FormatState(state));
+  state.chip.reset();
+  Seed("sim_state", "ok-empty-socket.state", lk::sim::FormatState(state));
+  Seed("sim_state", "bad-first-line.state", "LKWRITER-SIM-STATE 2\nid=00000000\n");
+  const std::string text = lk::sim::FormatState(state);
+  Seed("sim_state", "bad-twice.state", text + "store.sum=0000\n");
+
+  // --sim-fault
+  Seed("sim_fault", "ok-noanswer", "noanswer@1");
+  Seed("sim_fault", "ok-busy", "busy");
+  Seed("sim_fault", "ok-last", "badsum@1000000");
+  Seed("sim_fault", "bad-beyond", "noanswer@99999999999");
+  Seed("sim_fault", "bad-kind", "explode@3");
   return 0;
 }

@@ -15,11 +15,11 @@ here=$(cd "$(dirname "$0")" && pwd)
 declare -A maxlen=(
   [hex_file]=65536 [qvm_file]=65536 [bin_file]=12288 [sn8_file]=12288 [bct_file]=12288
   [ftc_file]=12288 [project_file]=12288 [open_path]=12288 [profile]=4096
-  [config_defs]=4096 [roll_settings]=2048)
+  [config_defs]=4096 [roll_settings]=2048 [sim_state]=65536 [sim_fault]=64)
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
   targets=(hex_file bin_file qvm_file sn8_file bct_file ftc_file project_file open_path
-           profile config_defs roll_settings)
+           profile config_defs roll_settings sim_state sim_fault)
 fi
 
 status=0

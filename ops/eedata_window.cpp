@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "core/numeric_text.h"
+#include "core/text_lines.h"
 #include "files/open_path.h"
 #include "files/read_support.h"
 
@@ -44,13 +45,14 @@ std::uint32_t HexValue(std::string_view field) {
 
 EedataLoad LoadEedataHex(Host& host, ChipParams& chip, const std::string& path) {
   std::string text;
-  if (!IsFile(path) || !files::ReadBoundedFile(path, files::kMaxTextFileBytes, text)) {
+  if (!IsFile(path) || !files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) {
     host.Message(Icon::Information, "未找到文件路径！", kAppTitle);
     return EedataLoad::NotFound;
   }
   // Loaded into a copy, so that a refused file changes nothing.
   std::vector<std::uint8_t> bytes = chip.EeBytes;
-  for (std::string_view line : files::SplitLines(text)) {
+  TextLines lines(text);
+  for (std::string_view line; lines.Next(line);) {
     if (files::RecordType(line) != "00") continue;
     const std::uint32_t count = files::HalveRoundHalfEven(HexValue(files::Mid(line, 2, 2)));
     const std::uint32_t address = files::HalveRoundHalfEven(HexValue(files::Mid(line, 4, 4)));

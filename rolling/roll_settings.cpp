@@ -87,14 +87,11 @@ std::filesystem::path RollSettingsPath(const std::string& projectPath) {
   return std::filesystem::path(projectPath).replace_extension(".ini");
 }
 
-RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsFile) {
+namespace {
+
+RollSettings SettingsFrom(const ProfileText& file) {
   RollSettings s;
-  // One message for a missing file rather than one per key.
-  if (!FileExists(settingsFile)) {
-    ShowFileMessage(host, 1, settingsFile);
-    return s;
-  }
-  auto value = [&](const char* key) { return GetValue(host, settingsFile, kRollSection, key); };
+  auto value = [&](const char* key) { return file.Value(kRollSection, key); };
 
   s.WordLength = std::clamp(ValInt32(value("World_Lenth")), 0, kMaxRollWordLength);
   const auto length = static_cast<std::size_t>(s.WordLength);
@@ -120,10 +117,20 @@ RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsF
   return s;
 }
 
+}  // namespace
+
+RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsFile) {
+  // Read once for every key: one message for a missing file rather than one per key.
+  const std::optional<ProfileText> file = ProfileText::Read(host, settingsFile);
+  return file ? SettingsFrom(*file) : RollSettings{};
+}
+
 RollDialogInput LoadRollDialog(Host& host, const std::filesystem::path& settingsFile) {
   RollDialogInput in;
   if (!FileExists(settingsFile)) return in;
-  auto value = [&](const char* key) { return GetValue(host, settingsFile, kRollSection, key); };
+  const std::optional<ProfileText> file = ProfileText::Read(host, settingsFile);
+  if (!file) return in;
+  auto value = [&](const char* key) { return file->Value(kRollSection, key); };
 
   in.Length = value("World_Lenth");
   if (!value("Version").empty()) {
@@ -132,7 +139,7 @@ RollDialogInput LoadRollDialog(Host& host, const std::filesystem::path& settings
     in.Step = value("Step");
   } else {
     // Show an older file in today's form: one address per byte, highest byte first.
-    const RollSettings s = ReadRollSettings(host, settingsFile);
+    const RollSettings s = SettingsFrom(*file);
     for (std::size_t k = s.Addresses.size(); k-- > 0;) {
       if (!in.Address.empty()) in.Address += ' ';
       in.Address += FourHexDigits(s.Addresses[k]);

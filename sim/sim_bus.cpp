@@ -1,8 +1,5 @@
 #include "sim/sim_bus.h"
 
-#include <filesystem>
-
-#include "core/atomic_file.h"
 #include "core/chip_database.h"
 #include "sim/sim_state_file.h"
 #include "sim/sim_writer.h"
@@ -24,18 +21,9 @@ std::shared_ptr<SimWriter> MakeSimWriter(Host& host, const Home& home, const Sim
 
   SimState state;
   state.id = config.id;
-  std::error_code ec;
-  if (!config.stateFile.empty() && std::filesystem::exists(config.stateFile, ec)) {
-    std::string text;
-    if (!ReadWholeFile(config.stateFile, text)) {
-      return Refuse(host, "Cannot read the simulated writer state file " + config.stateFile);
-    }
-    std::optional<SimState> loaded = ParseState(text, error);
-    if (!loaded) {
-      return Refuse(
-          host, "The simulated writer state file " + config.stateFile + " is corrupt: " + error);
-    }
-    state = std::move(*loaded);
+  if (!config.stateFile.empty() &&
+      LoadStateFile(config.stateFile, state, error) == StateFileResult::Refused) {
+    return Refuse(host, error);
   }
 
   // A model other than the one the state holds means a fresh chip in the socket.

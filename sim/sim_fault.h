@@ -21,6 +21,10 @@ enum class FaultKind {
 
 inline constexpr std::uint8_t kFaultAnswerCode = 0xEE;
 
+// The largest N accepted. A command on the largest chip exchanges some ten thousand
+// packets; a fault set beyond any run's reach would silently never strike.
+inline constexpr long kMaxFaultPacket = 1000000;
+
 struct SimFault {
   FaultKind kind = FaultKind::None;
   long packet = 0;  // N, 1-based
@@ -31,8 +35,11 @@ struct SimFault {
   bool From(FaultKind k, long count) const { return kind == k && count >= packet; }
 };
 
-// Parses "" (no fault), "KIND@N" or "KIND" (= "KIND@1"). On error returns nothing
-// and sets error to a message for the user.
+// "noanswer, badsum, ...": every KIND, for messages and help.
+std::string FaultKindNames();
+
+// Parses "" (no fault), "KIND@N" or "KIND" (= "KIND@1"), N = 1 .. kMaxFaultPacket. On
+// error returns nothing and sets error to a message for the user.
 std::optional<SimFault> ParseFault(const std::string& text, std::string& error);
 
 }  // namespace lk::sim

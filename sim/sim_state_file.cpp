@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "core/atomic_file.h"
+#include "core/bounded_read.h"
 
 namespace lk::sim {
 namespace {
@@ -210,6 +211,26 @@ std::optional<SimState> ParseState(const std::string& text, std::string& error) 
   s.eeSum = static_cast<std::uint16_t>(v);
   if (!ParseList(values["store.eedata"], 2, kMaxBytes, s.eedata)) return bad("store.eedata");
   return state;
+}
+
+StateFileResult LoadStateFile(const std::filesystem::path& path, SimState& state,
+                              std::string& error) {
+  std::string text;
+  const ReadOutcome read = ReadRegularFile(path, kMaxDataFileBytes, text);
+  if (read.problem == ReadProblem::Missing) {
+    return StateFileResult::Absent;
+  }
+  if (!read.Ok()) {
+    error = CannotReadText(path, read);
+    return StateFileResult::Refused;
+  }
+  std::optional<SimState> loaded = ParseState(text, error);
+  if (!loaded) {
+    error = "The simulated writer state file " + path.string() + " is corrupt: " + error;
+    return StateFileResult::Refused;
+  }
+  state = std::move(*loaded);
+  return StateFileResult::Loaded;
 }
 
 bool SaveStateFile(const std::filesystem::path& path, const SimState& state, std::string& error) {

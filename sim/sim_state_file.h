@@ -42,6 +42,15 @@ std::string FormatState(const SimState& state);
 // Nothing, with a reason in error, when the text is not a valid state.
 std::optional<SimState> ParseState(const std::string& text, std::string& error);
 
+enum class StateFileResult { Loaded, Absent, Refused };
+
+// Reads the state kept in path into state. Absent (state untouched) when there is no
+// file yet: the writer starts fresh. Refused (state untouched, the reason in error) when
+// path is not a regular file within the data-file limit, cannot be read or does not
+// hold a valid state.
+StateFileResult LoadStateFile(const std::filesystem::path& path, SimState& state,
+                              std::string& error);
+
 // Written atomically; false with a reason on failure.
 bool SaveStateFile(const std::filesystem::path& path, const SimState& state, std::string& error);
 

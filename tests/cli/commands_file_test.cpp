@@ -75,6 +75,11 @@ TEST_F(CliFileTest, ConvertWritesAProjectThatShowsTheSame) {
   r = Run("convert " + PathOf("img.hex") + " " + PathOf("no/such/folder/x.lkx"));
   EXPECT_EQ(r.exitCode, 2);
   EXPECT_NE(r.err.find("message: Save File Error!"), std::string::npos) << r.err;
+
+  // An empty OUT is a mistake, said as such, not a silent cancel.
+  r = Run("convert " + PathOf("img.hex") + " ''");
+  EXPECT_EQ(r.exitCode, 2);
+  EXPECT_EQ(r.err, "error: OUT: an empty name names no file (see --help)\n");
 }
 
 }  // namespace

@@ -65,17 +65,35 @@ TEST_F(ProfileReadTest, ListsGatherSplitSections) {
   EXPECT_EQ(GetSectionKeys(host, path, "Missing"), (ProfileList{""}));
 }
 
-TEST_F(ProfileReadTest, MissingFileShowsOneMessagePerRead) {
+// No file to read gives the not-found message, a file that cannot be read (a FIFO is
+// never waited for) a message naming it and why; once per read, with the empty result.
+TEST_F(ProfileReadTest, AFileThatCannotBeReadIsReportedOncePerRead) {
   const auto missing = dir / "nope.ini";
-  EXPECT_EQ(GetValue(host, missing, "A", "B"), "");
-  EXPECT_EQ(GetSections(host, missing), (ProfileList{""}));
-  EXPECT_EQ(GetSectionLines(host, missing, "A"), (ProfileList{""}));
-  EXPECT_EQ(GetSectionKeys(host, missing, "A"), (ProfileList{""}));
-  ASSERT_EQ(host.messages.size(), 4u);
-  for (const auto& m : host.messages) {
-    EXPECT_EQ(m.text, "File: \"" + missing.string() + "\" Not Found!");
-    EXPECT_EQ(m.icon, Icon::Information);
-    EXPECT_EQ(m.caption, kAppTitle);
+  const auto fifo = dir / "fifo.ini";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  struct Case {
+    std::filesystem::path path;
+    std::string text;
+    Icon icon;
+  } cases[] = {
+      {missing, "File: \"" + missing.string() + "\" Not Found!", Icon::Information},
+      {dir.Path(), "File: \"" + dir.Path().string() + "\" Not Found!", Icon::Information},
+      {fifo, "Cannot read \"" + fifo.string() + "\": it is a FIFO, not a regular file.",
+       Icon::Critical},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.path);
+    host.messages.clear();
+    EXPECT_EQ(GetValue(host, c.path, "A", "B"), "");
+    EXPECT_EQ(GetSections(host, c.path), (ProfileList{""}));
+    EXPECT_EQ(GetSectionLines(host, c.path, "A"), (ProfileList{""}));
+    EXPECT_EQ(GetSectionKeys(host, c.path, "A"), (ProfileList{""}));
+    ASSERT_EQ(host.messages.size(), 4u);
+    for (const auto& m : host.messages) {
+      EXPECT_EQ(m.text, c.text);
+      EXPECT_EQ(m.icon, c.icon);
+      EXPECT_EQ(m.caption, kAppTitle);
+    }
   }
 }
 
@@ -103,9 +121,7 @@ TEST(ProfileReadRobustnessTest, OverlongLinesAndBinaryGarbage) {
   const auto p = dir.Write("junk.ini", bytes);
   EXPECT_EQ(GetValue(host, p, "A", "K").size(), 1u << 20);
   EXPECT_EQ(GetValue(host, p, "A", "Z"), "1");
-  // A folder in place of the file reads as missing.
-  EXPECT_EQ(GetValue(host, dir.Path(), "A", "K"), "");
-  EXPECT_EQ(host.messages.size(), 1u);
+  EXPECT_TRUE(host.messages.empty());
 }
 
 // ---- WriteValue ----
@@ -186,7 +202,7 @@ TEST(ProfileWriteValuesTest, SeveralKeysInOneRewriteAndNoRewriteWhenUnchanged) {
   EXPECT_TRUE(host.messages.empty());
 }
 
-TEST(ProfileWriteMissingTest, NeverCreatesAFile) {
+TEST(ProfileWriteMissingTest, NeverCreatesAFileNorWaitsForAFifo) {
   TempDir dir;
   RecordingHost host;
   const auto p = dir / "missing.dat";
@@ -196,6 +212,13 @@ TEST(ProfileWriteMissingTest, NeverCreatesAFile) {
   EXPECT_EQ(host.messages[0].text, p.string() + " not found.");
   EXPECT_EQ(host.messages[0].icon, Icon::Critical);
   EXPECT_EQ(host.messages[0].caption, "File Not Found");
+
+  const auto fifo = dir / "data.dat";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_FALSE(WriteValue(host, fifo, "A", "B", "C"));
+  ASSERT_EQ(host.messages.size(), 2u);
+  EXPECT_EQ(host.messages[1].text,
+            "Cannot read \"" + fifo.string() + "\": it is a FIFO, not a regular file.");
 }
 
 }  // namespace

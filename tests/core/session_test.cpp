@@ -83,6 +83,22 @@ TEST_F(SessionFilesTest, WritesRoundTrip) {
   EXPECT_TRUE(host.messages.empty());
 }
 
+// A recent file whose name holds bytes that are no text must not change how data.dat is
+// read: the names already in it stay as they are, and opening the same file again moves
+// nothing.
+TEST_F(SessionFilesTest, ANameThatIsNoTextLeavesTheOtherNamesReadable) {
+  const std::string odd = "/p/bad\xFF.hex";
+  Recent files = ReadRecentFiles(host, home);
+  PushRecentFile(files, odd);
+  ASSERT_TRUE(WriteRecentFiles(host, home, files));
+  const Recent expected{"/p/bad\xEF\xBF\xBD.hex", "/p/one.hex", "", "/p/中.lkx", ""};
+  files = ReadRecentFiles(host, home);
+  EXPECT_EQ(files, expected);
+  PushRecentFile(files, odd);
+  EXPECT_EQ(files, expected);
+  EXPECT_TRUE(host.messages.empty());
+}
+
 TEST_F(SessionFilesTest, StartupChip) {
   EXPECT_EQ(LoadStartupChip(host, home, "B").RomWords.size(), 8u);
   // Unknown model: the first listed one.
@@ -102,7 +118,7 @@ TEST(SessionMissingFilesTest, MessagesAndDefaults) {
   EXPECT_EQ(ReadMcuType(host, home), "");
   EXPECT_EQ(ReadRecentFiles(host, home), Recent{});
   EXPECT_EQ(ReadGeometry(host, home, "FrmMain").Width, 0);
-  EXPECT_EQ(host.messages.size(), 1u + 5u + 4u);  // one per read
+  EXPECT_EQ(host.messages.size(), 3u);  // one per read: each reads its file once
   host.messages.clear();
   EXPECT_FALSE(WriteMcuType(host, home, "A"));
   ASSERT_EQ(host.messages.size(), 1u);

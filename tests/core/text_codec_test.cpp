@@ -51,12 +51,28 @@ TEST(TextCodecTest, GarbageNeverStopsDecoding) {
   EXPECT_TRUE(IsValidUtf8(decoded));
 }
 
-TEST(TextCodecTest, UnencodableCharactersBecomeQuestionMarks) {
-  // U+1F600 has no GBK form.
-  EXPECT_EQ(EncodeText("a\xF0\x9F\x98\x80"
-                       "b",
-                       TextEncoding::Gbk),
-            "a?b");
+// Whatever the text holds, what is written is valid in the file's encoding: a character
+// GBK lacks becomes "?", and bytes that are no UTF-8 at all (a file name from the
+// system) become U+FFFD or "?" rather than making the file undecodable.
+TEST(TextCodecTest, EncodedTextIsAlwaysValidInItsEncoding) {
+  const std::string emoji = "\xF0\x9F\x98\x80";  // U+1F600 has no GBK form
+  const std::string replacement = "\xEF\xBF\xBD";
+  struct Case {
+    std::string text;
+    TextEncoding encoding;
+    std::string expected;
+  } cases[] = {
+      {kUtf8 + emoji + "b", TextEncoding::Gbk, kGbk + "?b"},
+      {"a\xFF" + kUtf8, TextEncoding::Gbk, "a?" + kGbk},
+      {"a\xFF" + kUtf8, TextEncoding::Utf8, "a" + replacement + kUtf8},
+      {"\xE4\xB8" + kUtf8, TextEncoding::Utf8Bom, "\xEF\xBB\xBF" + replacement + replacement + kUtf8},
+      {kUtf8 + emoji, TextEncoding::Utf8, kUtf8 + emoji},  // valid text is left alone
+  };
+  for (const auto& c : cases) {
+    const std::string encoded = EncodeText(c.text, c.encoding);
+    EXPECT_EQ(encoded, c.expected) << c.text;
+    EXPECT_EQ(DetectEncoding(encoded), c.encoding) << c.text;
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "sim/sim_bus.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -77,18 +78,23 @@ TEST_F(SimBusTest, SeparateRunsSeeTheSameChipStoreAndId) {
 }
 
 TEST_F(SimBusTest, ConfigurationErrorsGiveNoWriterAndAMessage) {
+  enum class Place { Text, Fifo, Device };  // what stands at the state file's path
   struct Case {
     const char* what;
     std::string stateText;  // written first when not empty
     std::string model;
     std::string fault;
     std::string inMessage;
+    Place place = Place::Text;
   } cases[] = {
       {"corrupt state file", "LKWRITER-SIM-STATE 1\nid=zz\n", "QVM55P47", "", "corrupt"},
       {"not a state file", "hello", "", "", "corrupt"},
       {"unknown fault", "", "QVM55P47", "explode@3", "explode"},
       {"bad fault number", "", "QVM55P47", "busy@zero", "busy@zero"},
       {"unknown model", "", "NO_SUCH_CHIP", "", "NO_SUCH_CHIP"},
+      // Neither may be read: a FIFO blocks for ever, /dev/zero never ends.
+      {"FIFO", "", "QVM55P47", "", "writer.state\": it is a FIFO", Place::Fifo},
+      {"device", "", "QVM55P47", "", "writer.state\": it is a device", Place::Device},
   };
   auto bus = MakeSimBus(host, home, Config("QVM55P47"));  // a good configuration for contrast
   ASSERT_TRUE(bus);
@@ -99,6 +105,10 @@ TEST_F(SimBusTest, ConfigurationErrorsGiveNoWriterAndAMessage) {
     host.messages.clear();
     std::filesystem::remove(dir / "writer.state");
     if (!c.stateText.empty()) dir.Write("writer.state", c.stateText);
+    if (c.place == Place::Fifo) {
+      ASSERT_EQ(::mkfifo((dir / "writer.state").c_str(), 0600), 0);
+    }
+    if (c.place == Place::Device) std::filesystem::create_symlink("/dev/zero", dir / "writer.state");
     SimConfig config = Config(c.model);
     config.fault = c.fault;
     EXPECT_EQ(MakeSimBus(host, home, config), nullptr);

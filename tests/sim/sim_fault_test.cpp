@@ -22,9 +22,10 @@ TEST(SimFaultTest, ParsesKindAndPacket) {
       {"", FaultKind::None, 0},           {"noanswer@3", FaultKind::NoAnswer, 3},
       {"badsum@1", FaultKind::BadSum, 1},  {"badcode@12", FaultKind::BadCode, 12},
       {"unplug@2", FaultKind::Unplug, 2},  {"busy", FaultKind::Busy, 1},
-      {"wrongchip@7", FaultKind::WrongChip, 7},
+      {"wrongchip@7", FaultKind::WrongChip, 7},  {"badsum@1000000", FaultKind::BadSum, kMaxFaultPacket},
   };
-  for (const char* bad : {"explode@2", "BUSY@2", "busy@0", "busy@-1", "busy@", "busy@2x", "@3"}) {
+  for (const char* bad : {"explode@2", "BUSY@2", "busy@0", "busy@-1", "busy@", "busy@2x", "@3",
+                          "noanswer@1000001", "noanswer@99999999999", "noanswer@999999999999999999999"}) {
     std::string error;
     EXPECT_FALSE(ParseFault(bad, error).has_value()) << bad;
     EXPECT_FALSE(error.empty()) << bad;
