@@ -1,6 +1,6 @@
 #include "cli/context.h"
 
-#include "cli/trace_file.h"
+#include "link/trace_file.h"
 #include "core/session.h"
 
 namespace lk::cli {

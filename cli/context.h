@@ -11,6 +11,10 @@
 #include "core/home.h"
 #include "core/project.h"
 
+namespace lk {
+class TraceFile;
+}  // namespace lk
+
 namespace lk::cli {
 
 // Exit status of lkwriter-cli.
@@ -41,8 +45,6 @@ struct CliOptions {
   bool verbose = false;
   bool json = false;
 };
-
-class TraceFile;
 
 class CliContext {
  public:

@@ -1,8 +1,7 @@
 #include "ops/device.h"
 
-#include <fstream>
-
 #include "link/hid_bus.h"
+#include "link/trace_file.h"
 #include "link/trace_transport.h"
 #include "ops/station.h"
 #include "sim/sim_bus.h"
@@ -13,14 +12,14 @@ namespace {
 // Keeps the trace file open for as long as the bus and its transports live.
 class TracedBus : public WriterBus {
  public:
-  TracedBus(std::unique_ptr<std::ofstream> file, std::unique_ptr<WriterBus> inner)
-      : file_(std::move(file)), traced_(MakeTraceBus(std::move(inner), *file_)) {}
+  TracedBus(std::unique_ptr<TraceFile> file, std::unique_ptr<WriterBus> inner)
+      : file_(std::move(file)), traced_(MakeTraceBus(std::move(inner), file_->Stream())) {}
   bool Present() override { return traced_->Present(); }
   std::unique_ptr<Transport> Open() override { return traced_->Open(); }
   std::string Describe() const override { return traced_->Describe(); }
 
  private:
-  std::unique_ptr<std::ofstream> file_;
+  std::unique_ptr<TraceFile> file_;
   std::unique_ptr<WriterBus> traced_;
 };
 
@@ -29,7 +28,7 @@ class TracedBus : public WriterBus {
 bool IsSimulated(const DeviceOptions& options) { return options.device == "sim"; }
 
 std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const DeviceOptions& o,
-                                         const std::string& socketModel) {
+                                         const std::string& socketModel, std::ostream* trace) {
   std::unique_ptr<WriterBus> bus;
   if (o.device == "usb") {
     bus = MakeHidBus(host);
@@ -49,10 +48,12 @@ std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const Dev
                  kAppTitle);
     return nullptr;
   }
+  if (trace != nullptr) return MakeTraceBus(std::move(bus), *trace);
   if (o.trace.empty()) return bus;
-  auto file = std::make_unique<std::ofstream>(o.trace, std::ios::binary | std::ios::trunc);
-  if (!*file) {
-    host.Message(Icon::Critical, "cannot write the trace file " + o.trace, kAppTitle);
+  std::string error;
+  std::unique_ptr<TraceFile> file = TraceFile::Open(o.trace, error);
+  if (!file) {
+    host.Message(Icon::Critical, "cannot write the trace file " + o.trace + ": " + error, kAppTitle);
     return nullptr;
   }
   return std::make_unique<TracedBus>(std::move(file), std::move(bus));
@@ -60,8 +61,8 @@ std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const Dev
 
 std::unique_ptr<Writer> MakeDeviceWriter(Host& host, const Home& home,
                                          const DeviceOptions& options,
-                                         const std::string& socketModel) {
-  std::unique_ptr<WriterBus> bus = MakeDeviceBus(host, home, options, socketModel);
+                                         const std::string& socketModel, std::ostream* trace) {
+  std::unique_ptr<WriterBus> bus = MakeDeviceBus(host, home, options, socketModel, trace);
   if (!bus) return nullptr;
   auto writer = std::make_unique<Writer>(std::move(bus));
   AttachHost(*writer, host);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "core/home.h"
@@ -28,15 +29,18 @@ struct DeviceOptions {
 bool IsSimulated(const DeviceOptions& options);
 
 // The bus the options select, traced when a trace file is given. The simulated socket
-// holds simChip, else socketModel. nullptr, with a message through the host, when the
-// options cannot be used.
+// holds simChip, else socketModel. The trace goes to `trace` when the caller keeps the
+// file itself (and checks it at the end); otherwise the bus opens the options' file and
+// keeps it. nullptr, with a message through the host, when the options cannot be used.
 std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const DeviceOptions& options,
-                                         const std::string& socketModel);
+                                         const std::string& socketModel,
+                                         std::ostream* trace = nullptr);
 
 // A Writer over that bus, the timeout applied, its diagnostics and progress going to the
 // host; nullptr as above.
 std::unique_ptr<Writer> MakeDeviceWriter(Host& host, const Home& home,
                                          const DeviceOptions& options,
-                                         const std::string& socketModel);
+                                         const std::string& socketModel,
+                                         std::ostream* trace = nullptr);
 
 }  // namespace lk::ops

@@ -9,7 +9,7 @@
 #include <streambuf>
 #include <string>
 
-namespace lk::cli {
+namespace lk {
 
 class TraceFile {
  public:
@@ -51,4 +51,4 @@ class TraceFile {
   std::ostream stream_;
 };
 
-}  // namespace lk::cli
+}  // namespace lk

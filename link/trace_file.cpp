@@ -1,4 +1,4 @@
-#include "cli/trace_file.h"
+#include "link/trace_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace lk::cli {
+namespace lk {
 
 std::unique_ptr<TraceFile> TraceFile::Open(const std::string& path, std::string& error) {
   const int fd =
@@ -59,4 +59,4 @@ int TraceFile::Buffer::sync() {
   return error_ == 0 ? 0 : -1;
 }
 
-}  // namespace lk::cli
+}  // namespace lk
