@@ -169,14 +169,8 @@ std::string InstalledRule() {
   return "";
 }
 
-// One message per device node and process: the connection monitor asks every second.
+// The message for a writer this user may not open.
 void TellNoPermission(Host& host, const std::string& path) {
-  static std::mutex mutex;
-  static std::set<std::string> told;
-  {
-    std::lock_guard lock(mutex);
-    if (!told.insert(path).second) return;
-  }
   const std::string rule = InstalledRule();
   const std::string name = std::filesystem::path(LK_UDEV_RULE).filename().string();
   std::string text = "The writer is attached (" + path + ") but this user may not open it";
@@ -203,6 +197,7 @@ class HidBus : public WriterBus {
   // over like any interface that cannot be opened, and said once.
   bool Present() override {
     found_.clear();
+    denied_ = false;
     std::string refused;
     for (const std::string& path : EnumerateWriters(host_)) {
       if (!wanted_.empty() && path != wanted_) continue;
@@ -213,7 +208,10 @@ class HidBus : public WriterBus {
       found_ = path;
       return true;
     }
-    if (!refused.empty()) TellNoPermission(host_, refused);
+    if (!refused.empty()) {
+      denied_ = true;
+      Tell(refused);
+    }
     return false;
   }
 
@@ -222,7 +220,10 @@ class HidBus : public WriterBus {
     hid_device* device = hid_open_path(found_.c_str());
     if (device == nullptr) {
       host_.Diagnostic("hid_open_path " + found_ + ": " + Narrow(hid_error(nullptr)));
-      if (PermissionDenied(found_)) TellNoPermission(host_, found_);
+      if (PermissionDenied(found_)) {
+        denied_ = true;
+        Tell(found_);
+      }
       return nullptr;
     }
     return std::make_unique<HidTransport>(device);
@@ -232,10 +233,19 @@ class HidBus : public WriterBus {
     return "usb:" + (found_.empty() ? wanted_ : found_);
   }
 
+  bool Denied() const override { return denied_; }
+
  private:
+  // Once per device node for the life of the bus: the connection monitor asks every second.
+  void Tell(const std::string& path) {
+    if (told_.insert(path).second) TellNoPermission(host_, path);
+  }
+
   Host& host_;
   std::string wanted_;
   std::string found_;
+  bool denied_ = false;
+  std::set<std::string> told_;
 };
 
 }  // namespace

@@ -40,6 +40,7 @@ class TraceBus : public WriterBus {
     return std::make_unique<TraceTransport>(std::move(transport), out_);
   }
   std::string Describe() const override { return inner_->Describe(); }
+  bool Denied() const override { return inner_->Denied(); }
 
  private:
   std::unique_ptr<WriterBus> inner_;

@@ -38,6 +38,10 @@ class WriterBus {
   // Opens the writer found by Present(); nullptr when it is gone.
   virtual std::unique_ptr<Transport> Open() = 0;
 
+  // True when the last Present() found the writer attached but this user may not open it;
+  // the bus has then said so in a message of its own.
+  virtual bool Denied() const { return false; }
+
   virtual std::string Describe() const = 0;
 };
 

@@ -42,6 +42,8 @@ class Writer {
   bool FindWriter();
   // Opens the writer FindWriter found; false when it vanished or cannot be opened.
   bool OpenWriterHandles();
+  // The writer is attached but this user may not open it (its bus has said so).
+  bool WriterDenied() const { return bus_ != nullptr && bus_->Denied(); }
   // Releases the open link; harmless when nothing is open.
   void CloseWriter();
   bool IsOpen() const { return transport_ != nullptr; }

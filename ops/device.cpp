@@ -17,6 +17,7 @@ class TracedBus : public WriterBus {
   bool Present() override { return traced_->Present(); }
   std::unique_ptr<Transport> Open() override { return traced_->Open(); }
   std::string Describe() const override { return traced_->Describe(); }
+  bool Denied() const override { return traced_->Denied(); }
 
  private:
   std::unique_ptr<TraceFile> file_;

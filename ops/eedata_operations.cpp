@@ -15,7 +15,7 @@ CommandResult RunEedata(Station& st, const EedataReport& report,
   CommandResult result;
   HoldWindow(st);
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
-    report(WriterNotFoundLine(st.project.Chip.Name, false));
+    if (!w.WriterDenied()) report(WriterNotFoundLine(st.project.Chip.Name, false));
     result.Verdict = Outcome::NoWriter;
     ReleaseWindow(st);
     return result;

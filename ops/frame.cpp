@@ -90,8 +90,9 @@ CommandResult RunFramed(Station& st, ChipCheck check,
   st.ui.PumpEvents();
 
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
-    // Nothing was opened and the progress bar is not touched again: only the line.
-    st.host.Log(WriterNotFoundLine(st.project.Chip.Name, true));
+    // Nothing was opened and the progress bar is not touched again: only the line. A
+    // writer this user may not open has had its own message, which says more.
+    if (!w.WriterDenied()) st.host.Log(WriterNotFoundLine(st.project.Chip.Name, true));
     st.ui.ResumeMonitor();
     st.ui.SetWindowEnabled(true);
     result.Verdict = Outcome::NoWriter;

@@ -14,6 +14,11 @@ void Inform(Host& host, const std::string& text) {
   host.Message(Icon::Information, text, kAppTitle);
 }
 
+// A writer this user may not open has had its own message, which says more.
+void NotConnected(Station& st) {
+  if (!st.writer.WriterDenied()) Inform(st.host, kNotConnected);
+}
+
 }  // namespace
 
 std::string PaddedWriterId(std::uint64_t number, int width) {
@@ -47,7 +52,7 @@ WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
   Writer& w = st.writer;
   WriterIdSet result;
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
-    Inform(st.host, kNotConnected);
+    NotConnected(st);
     result.Verdict = Outcome::NoWriter;
     return result;
   }
@@ -84,12 +89,12 @@ WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
 Outcome ReadWriterIdentifier(Station& st) {
   Writer& w = st.writer;
   if (!w.FindWriter()) {
-    Inform(st.host, kNotConnected);
+    NotConnected(st);
     return Outcome::NoWriter;
   }
   st.ui.PauseMonitor();
   if (!w.OpenWriterHandles()) {
-    Inform(st.host, kNotConnected);
+    NotConnected(st);
     st.ui.ResumeMonitor();
     return Outcome::NoWriter;
   }

@@ -28,6 +28,22 @@ TEST(FrameTest, WriterMissingGivesOnlyTheQuotedLineForEveryCommand) {
   }
 }
 
+// A writer the user may not open: its bus has said so, and no not-found line follows.
+TEST(FrameTest, AWriterThatMayNotBeOpenedIsNotCalledMissing) {
+  struct DeniedBus : WriterBus {
+    bool Present() override { return false; }
+    std::unique_ptr<Transport> Open() override { return nullptr; }
+    std::string Describe() const override { return "denied"; }
+    bool Denied() const override { return true; }
+  };
+  OpsRig rig("QVM75P82");
+  Writer denied(std::make_unique<DeniedBus>());
+  ops::Station st{rig.host, rig.ui, rig.home, rig.project, denied};
+  EXPECT_EQ(ops::Program(st).Verdict, Outcome::NoWriter);
+  EXPECT_TRUE(rig.host.log.empty());
+  EXPECT_TRUE(rig.ui.windowEnabled && rig.ui.monitorRunning);
+}
+
 TEST(FrameTest, ChipCheckFailuresEndTheSessionBeforeTheirLine) {
   struct Case {
     const char* what;
