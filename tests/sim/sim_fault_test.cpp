@@ -129,15 +129,6 @@ TEST(SimFaultTest, WrongChipFromPacketN) {
   EXPECT_EQ(rig.Chip().config[13], 0x5547) << "the fault is in the socket, not in the state";
 }
 
-TEST(SimFaultTest, ReceiveWithoutAnswerReturnsAtOnce) {
-  SimRig rig(Otp());
-  Report r{};
-  auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(rig.link->Receive(r, 3000));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
-  EXPECT_NE(rig.link->LastError().find("3000"), std::string::npos);
-}
-
 TEST(SimFaultTest, TimingModelSleepsPerReportAndWord) {
   EXPECT_EQ(TimingBound(4, 100), std::chrono::microseconds(4 * 1000 + 100 * 50));
   SimConfig config;

@@ -306,64 +306,6 @@ TEST(SimWriterTest, ConfigurationAreaCarriesTypeInfoAndTestWords) {
   }
 }
 
-TEST(SimWriterTest, StoreAndChipAreSeparate) {
-  SimRig rig(Otp());
-  SimChip chip = rig.Chip();
-  ASSERT_EQ(rig.Code(ProgramAt(kStoreRom, 0, {0x1111, 0x2222})), kAnswerOk);
-  ASSERT_EQ(rig.Code(ProgramAt(kStoreRom, 0, {0xFFFF})), kAnswerOk);  // the store is rewritten
-  ASSERT_EQ(rig.Code(ProgramAt(kStoreConfig, 0, {0x0ABC})), kAnswerOk);
-  ASSERT_EQ(rig.Code(Packet(kImageSum, {0x34, 0x12})), kAnswerOk);
-  ASSERT_EQ(rig.Code(ParamBlock(kStoreChipType, 0x5547, "QVM55P47")), kAnswerOk);
-  EXPECT_EQ(rig.Chip(), chip) << "the chip in the socket is untouched";
-
-  EXPECT_EQ(RawWords(*rig.Exchange(ReadAt(kStoreReadRom, 0)), 3),
-            (std::vector<std::uint16_t>{0xFFFF, 0x2222, 0xFFFF}));
-  EXPECT_EQ(RawWords(*rig.Exchange(ReadAt(kStoreReadConfig, 0)), 2),
-            (std::vector<std::uint16_t>{0x0ABC, 0xFFFF}));
-  EXPECT_EQ(RawWords(*rig.Exchange(ReadAt(kReadRom, 0)), 2),
-            (std::vector<std::uint16_t>{0x3FFF, 0x3FFF}));
-  auto sum = rig.Exchange(Packet(kCheckStoredSum));
-  ASSERT_TRUE(sum && GoodFrame(*sum));
-  EXPECT_EQ((*sum)[3], 0x34);
-  EXPECT_EQ((*sum)[4], 0x12);
-
-  ASSERT_EQ(rig.Code(ProgramAt(kProgramRom, 0, {0x0555})), kAnswerOk);
-  SimStore store = rig.writer->State().store;
-  EXPECT_EQ(store.program, (std::vector<std::uint16_t>{0xFFFF, 0x2222}));
-  ASSERT_EQ(store.paramBlock.size(), 64u);
-  EXPECT_EQ(store.paramBlock[1], kStoreChipType);
-  EXPECT_EQ(store.paramBlock[2], 0x47);
-}
-
-TEST(SimWriterTest, RollingRecordsReadBackWithMarks) {
-  SimRig rig(Otp());
-  std::vector<std::uint8_t> start = {0xA5, 0x69, 0x10, 0x00, 0x11, 0x00, 0x12, 0x00, 0, 0, 0x31};
-  std::vector<std::uint8_t> step = {0x01, 0x02, 0x03, 0x00, 0x01, 0x00, 0x00, 0x00};
-  ASSERT_EQ(rig.Code(Packet(kRollingStart, start)), kAnswerOk);
-  ASSERT_EQ(rig.Code(Packet(kRollingStep, step)), kAnswerOk);
-
-  auto a = rig.Exchange(Packet(kReadRollingStart));
-  ASSERT_TRUE(a && GoodFrame(*a));
-  EXPECT_EQ((*a)[1], 14);
-  EXPECT_EQ((*a)[2], kAnswerOk);
-  EXPECT_EQ((*a)[3], kRollMark69);
-  EXPECT_EQ((*a)[4], kRollMarkA5);
-  EXPECT_EQ(std::vector<std::uint8_t>(a->begin() + 5, a->begin() + 14),
-            std::vector<std::uint8_t>(start.begin() + 2, start.end()));
-
-  a = rig.Exchange(Packet(kReadRollingStep));
-  ASSERT_TRUE(a && GoodFrame(*a));
-  EXPECT_EQ((*a)[1], 11);
-  EXPECT_EQ(std::vector<std::uint8_t>(a->begin() + 3, a->begin() + 11), step);
-
-  // A record without its marks is refused and the stored one stays.
-  std::vector<std::uint8_t> unmarked = start;
-  std::swap(unmarked[0], unmarked[1]);
-  unmarked[2] = 0x77;
-  EXPECT_EQ(rig.Code(Packet(kRollingStart, unmarked)), kAnswerRefused);
-  EXPECT_EQ(rig.writer->State().store.rollStart[0], 0x10);
-}
-
 TEST(SimWriterTest, EedataOfChipAndStore) {
   SimRig rig(Flash());  // EEDATA 0..0x3F
   auto program = [](std::uint8_t code, std::uint16_t address, std::vector<std::uint8_t> bytes) {
