@@ -51,7 +51,8 @@ run: build
 	  $(BUILD)/lkwriter-cli --home $(BUILD) chips && \
 	  $(BUILD)/lkwriter-cli --home $(BUILD) chip && \
 	  { $(BUILD)/lkwriter-cli --home $(BUILD) show $(BUILD)/examples/qvm50f96a-eedata.lkx | head -n 12; } && \
-	  $(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe; \
+	  $(BUILD)/lkwriter-cli --home $(BUILD) --device sim probe && \
+	  $(BUILD)/lkwriter-cli --home $(BUILD) --device sim auto $(BUILD)/examples/qvm50p99.lkx; \
 	fi
 
 fuzz: deps
