@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPainter>
 #include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
@@ -210,6 +211,25 @@ QAction* MakeAction(QObject* owner, std::map<QString, QAction*>& actions, const 
   return action;
 }
 
+// A toolbar icon drawn to fill exactly `size`. The theme has some icons only in smaller
+// sizes, and a smaller pixmap sits small and at the top of its button among full-sized
+// neighbours; the largest one is scaled to the toolbar's size instead.
+QIcon ToolbarIcon(const QIcon& icon, const QSize& size, qreal ratio) {
+  const QSize target = size * ratio;
+  QPixmap largest = icon.pixmap(target * 4);
+  largest.setDevicePixelRatio(1.0);
+  if (largest.isNull() || largest.size() == target) return icon;
+  QPixmap fitted = largest.scaled(target, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  QPixmap framed(target);
+  framed.fill(Qt::transparent);
+  QPainter painter(&framed);
+  painter.drawPixmap((target.width() - fitted.width()) / 2,
+                     (target.height() - fitted.height()) / 2, fitted);
+  painter.end();
+  framed.setDevicePixelRatio(ratio);
+  return QIcon(framed);
+}
+
 }  // namespace
 
 void MainWindow::BuildMenus() {
@@ -376,7 +396,8 @@ void MainWindow::BuildToolbar() {
     Name(button, key);
     button->setProperty("key", key);
     button->setText(QString::fromUtf8(def.text));
-    button->setIcon(style()->standardIcon(def.icon));
+    button->setIcon(ToolbarIcon(style()->standardIcon(def.icon), toolbar_->iconSize(),
+                                devicePixelRatio()));
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     button->setAutoRaise(true);
     connect(button, &QToolButton::clicked, this, [this, key] { ToolbarButtonClick(key); });
