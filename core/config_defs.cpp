@@ -62,19 +62,32 @@ std::optional<std::vector<BitItem>> ParseItems(const std::string& text, bool wit
   return items;
 }
 
-// The row value of one option from its data lines (the LENTH line first).
-std::string DecodeOption(const std::vector<std::string_view>& data,
-                         const std::vector<std::int32_t>& words) {
+// An option from its data lines (the LENTH line first).
+ConfigOption MakeOption(std::string_view name, const std::vector<std::string_view>& data) {
+  ConfigOption option;
+  option.Name = std::string(name);
+  option.Lines.reserve(data.size() + 1);
+  option.Lines.emplace_back();
+  option.Lines.insert(option.Lines.end(), data.begin(), data.end());
   const auto width = ParseDecimal(ProfileValue(data[0]));
-  if (width && *width == 1.0) {
-    ProfileList lines{""};
-    lines.insert(lines.end(), data.begin(), data.end());
-    return CurrentChoice(lines, words);
-  }
+  option.Choice = width && *width == 1.0;
   for (std::size_t i = 1; i < data.size(); ++i) {
-    if (ProfileKey(data[i]) == "DAT") return FieldBinary(ProfileValue(data[i]), words);
+    const std::string key = ProfileKey(data[i]);
+    if (option.Choice) {
+      option.Labels.push_back(key);
+    } else if (key == "DAT" && option.Dat.empty()) {
+      option.Dat = ProfileValue(data[i]);
+    } else if (key == "NAME") {
+      option.FieldName = ProfileValue(data[i]);
+    } else if (key == "LABEL") {
+      option.FieldLabel = ProfileValue(data[i]);
+    } else if (key == "DISP1") {
+      option.Disp1 = ProfileValue(data[i]);
+    } else if (key == "DISP2") {
+      option.Disp2 = ProfileValue(data[i]);
+    }
   }
-  return "";
+  return option;
 }
 
 }  // namespace
@@ -107,11 +120,10 @@ std::string FieldBinary(const std::string& datItems, const std::vector<std::int3
   return bits;
 }
 
-std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesystem::path& file,
-                                                 const std::vector<std::int32_t>& words) {
-  std::vector<ConfigOptionRow> rows;
+std::vector<ConfigOption> ReadConfigOptions(Host& host, const std::filesystem::path& file) {
+  std::vector<ConfigOption> options;
   const std::optional<ProfileText> definitions = ProfileText::Read(host, file);
-  if (!definitions) return rows;
+  if (!definitions) return options;
 
   // One walk gathers the data lines of every section, a section split over the file
   // from each of its parts, as GetSectionLines would give them; asking the file once
@@ -134,14 +146,26 @@ std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesyst
     return true;
   });
 
-  // The value of an option depends on its name only: a name that comes back is decoded
-  // once.
-  std::vector<std::optional<std::string>> values(sections.size());
+  // An option depends on its name only: a name that comes back is built once.
+  std::vector<std::optional<ConfigOption>> built(sections.size());
   for (const std::size_t index : headers) {
     const Section& section = sections[index];
     if (section.data.size() < 2) break;  // fewer than two data lines ends the definitions
-    if (!values[index]) values[index] = DecodeOption(section.data, words);
-    rows.push_back({std::string(section.name), *values[index]});
+    if (!built[index]) built[index] = MakeOption(section.name, section.data);
+    options.push_back(*built[index]);
+  }
+  return options;
+}
+
+std::string OptionValue(const ConfigOption& option, const std::vector<std::int32_t>& words) {
+  return option.Choice ? CurrentChoice(option.Lines, words) : FieldBinary(option.Dat, words);
+}
+
+std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesystem::path& file,
+                                                 const std::vector<std::int32_t>& words) {
+  std::vector<ConfigOptionRow> rows;
+  for (const ConfigOption& option : ReadConfigOptions(host, file)) {
+    rows.push_back({option.Name, OptionValue(option, words)});
   }
   return rows;
 }
@@ -161,6 +185,21 @@ bool ApplyChoiceItems(const std::string& items, std::vector<std::int32_t>& words
     } else {
       words[item.word] &= mask ^ 0xFFFF;
     }
+  }
+  return true;
+}
+
+bool ApplyFieldBinary(const std::string& datItems, const std::string& binary,
+                      std::vector<std::int32_t>& words) {
+  const auto items = ParseItems(datItems, false, words.size());
+  if (!items || binary.empty() || binary.size() > items->size()) return false;
+  if (binary.find_first_not_of("01") != std::string::npos) return false;
+  // The last digit is item 0, the least significant bit.
+  for (std::size_t k = 0; k < items->size(); ++k) {
+    const bool set = k < binary.size() && binary[binary.size() - 1 - k] == '1';
+    const BitItem& item = (*items)[k];
+    const std::int32_t mask = std::int32_t{1} << item.bit;
+    words[item.word] = set ? (words[item.word] | mask) : (words[item.word] & ~mask);
   }
   return true;
 }

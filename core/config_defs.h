@@ -28,6 +28,24 @@ struct ConfigOptionRow {
 std::vector<ConfigOptionRow> DecodeConfigOptions(Host& host, const std::filesystem::path& file,
                                                  const std::vector<std::int32_t>& words);
 
+// One option of a definition file, as the configuration dialog lists it.
+struct ConfigOption {
+  std::string Name;                 // the section name, as the display shows it
+  ProfileList Lines;                // its lines as GetSectionLines gives them (entry 1: "LENTH=n")
+  bool Choice = false;              // LENTH is 1: every further line is a choice
+  std::vector<std::string> Labels;  // a choice option's labels, in file order
+  // A numeric field's bit list ("DAT") and the texts the dialog shows for it.
+  std::string Dat, FieldName, FieldLabel, Disp1, Disp2;  // "NAME", "LABEL", "DISP1", "DISP2"
+};
+
+// The options of `file` in the order and with the rules of DecodeConfigOptions (one entry
+// per section header; a section with fewer than two data lines ends the list; a missing
+// file shows the not-found message and gives none).
+std::vector<ConfigOption> ReadConfigOptions(Host& host, const std::filesystem::path& file);
+
+// An option's current value: its choice (CurrentChoice) or its bits (FieldBinary).
+std::string OptionValue(const ConfigOption& option, const std::vector<std::int32_t>& words);
+
 // The same for the chip's own definitions (cfg/<Name>.cfg) and configuration words.
 std::vector<ConfigOptionRow> ShowConfigOptions(Host& host, const Home& home,
                                                const ChipParams& chip);
@@ -45,6 +63,14 @@ std::string FieldBinary(const std::string& datItems, const std::vector<std::int3
 // clears it; other bits are left alone. An item list that does not parse (or names a
 // word the chip lacks) changes nothing and gives false.
 bool ApplyChoiceItems(const std::string& items, std::vector<std::int32_t>& words);
+
+// Writes a numeric field's value, typed as FieldBinary shows it (binary digits, most
+// significant first), into the field's bits; other bits are left alone. Fewer digits
+// than the field has bits are the low bits (leading zeros implied). An empty text, a
+// character other than 0 and 1, more digits than the field has, or an item list that
+// does not parse change nothing and give false.
+bool ApplyFieldBinary(const std::string& datItems, const std::string& binary,
+                      std::vector<std::int32_t>& words);
 
 // Looks up the choice `label` of `option` in `file` and applies it (see above).
 bool ApplyConfigChoice(Host& host, const std::filesystem::path& file, const std::string& option,

@@ -125,6 +125,11 @@ std::vector<std::int32_t> ApplyConfigRules(Host& host, const Home& home, const s
   return words;
 }
 
+std::vector<std::int32_t> DefaultConfigWords(Host& host, const Home& home, const ChipParams& chip) {
+  return ApplyConfigRules(host, home, chip.Name, chip.Prod,
+                          std::vector<std::int32_t>(chip.ConfigWords.size(), chip.HexMcu));
+}
+
 bool CheckConfigCombination(Host& host, const Home& home, const ChipParams& chip) {
   std::string voltage;
   if (chip.Name == "LK3PW89" || chip.Name == "LK3PS89") {

@@ -21,6 +21,10 @@ std::vector<std::int32_t> ApplyConfigRules(Host& host, const Home& home, const s
                                            const std::string& prod,
                                            std::vector<std::int32_t> words);
 
+// The configuration dialog's default words for `chip`: every word HexMcu, then the rules.
+// The bit clearing that LoadChipParams adds for three models is deliberately not made.
+std::vector<std::int32_t> DefaultConfigWords(Host& host, const Home& home, const ChipParams& chip);
+
 // The check that OK of the configuration dialog runs before it accepts the words of
 // `chip`: for LK3PW89 and LK3PS89 (2.8V) and LK3P7674 (2.6V), "CONFIG OSCD" set to
 // "2 oscillator periods" requires that voltage in "CONFIG LVDT". Shows the refusal and

@@ -37,6 +37,8 @@ std::string StoredWriterIdText(Host& host, const Home& home) {
   return PaddedWriterId(number, 6);
 }
 
+bool AcceptWriterIdKey(char key) { return key == '\b' || (key >= '0' && key <= '9'); }
+
 std::optional<std::uint32_t> ParseWriterIdText(const std::string& text) {
   if (text.empty() || text.size() > 20) return std::nullopt;
   std::uint64_t number = 0;

@@ -15,6 +15,9 @@ namespace lk::ops {
 // of "000000" followed by the number.
 std::string StoredWriterIdText(Host& host, const Home& home);
 
+// The key filter of the dialog's text box: the digits 0 to 9 and Backspace only.
+bool AcceptWriterIdKey(char key);
+
 // The identifier typed in the dialog: decimal digits only, at most 4294967295.
 std::optional<std::uint32_t> ParseWriterIdText(const std::string& text);
 

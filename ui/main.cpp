@@ -13,7 +13,8 @@ namespace {
 class StartupHost : public lk::Host {
  public:
   void Message(lk::Icon, const std::string& text, const std::string& caption) override {
-    QMessageBox::information(nullptr, QString::fromStdString(caption), QString::fromStdString(text));
+    QMessageBox::information(nullptr, QString::fromStdString(caption),
+                             QString::fromStdString(text));
   }
   bool Ask(const std::string&, const std::string&) override { return true; }
   void Log(const std::string&) override {}
@@ -29,6 +30,8 @@ class StartupHost : public lk::Host {
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("LKMCU Writer");
+  // The desktop entry's name: the desktop matches the window to its entry and icon.
+  QGuiApplication::setDesktopFileName("org.lkmcu.lkwriter");
   int status = 0;
   const std::optional<lk::ui::StartOptions> options =
       lk::ui::ParseStartOptions(QApplication::arguments(), &status);

@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPainter>
 #include <QScreen>
 #include <QStatusBar>
 #include <QStyle>
@@ -15,6 +16,7 @@
 #include <QUrl>
 #include <cmath>
 #include <filesystem>
+#include <tuple>
 
 #include "core/chip_database.h"
 #include "core/config_defs.h"
@@ -30,7 +32,12 @@
 #include "ops/download.h"
 #include "ops/eedata_operations.h"
 #include "ops/open_document.h"
+#include "ui/about_dialog.h"
+#include "ui/config_dialog.h"
+#include "ui/eedata_window.h"
 #include "ui/on_gui.h"
+#include "ui/roll_dialog.h"
+#include "ui/writer_id_dialog.h"
 
 namespace lk::ui {
 namespace {
@@ -48,21 +55,6 @@ QRect RectOf(const WindowGeometry& g) {
 WindowGeometry GeometryOf(const QRect& r) {
   return {Twips(r.x()), Twips(r.y()), Twips(r.width()), Twips(r.height())};
 }
-
-QString Q(const std::string& text) { return QString::fromStdString(text); }
-
-// "label|p1;p2" as a file dialog takes it: "label (p1 p2)".
-QString DialogFilter(const std::string& filter) {
-  const QString text = Q(filter);
-  const qsizetype bar = text.indexOf('|');
-  if (bar < 0) return text;
-  QString patterns = text.mid(bar + 1);
-  patterns.replace(';', ' ');
-  return text.left(bar) + " (" + patterns + ")";
-}
-
-// The texts of the menus and buttons that the chip does not decide.
-constexpr const char* kLater = "comes with the dialogs";
 
 }  // namespace
 
@@ -93,8 +85,9 @@ class MainWindow::Frame : public ops::FrameUi {
   void RefreshConfigDisplay() override {
     Wait([this] { w_.ShowConfigOptions(); });
   }
-  // The EEDATA window comes with the dialogs; until then there is no view to refresh.
-  void RefreshEedataView() override {}
+  void RefreshEedataView() override {
+    Wait([this] { w_.ShowEedataImage(); });
+  }
   std::vector<std::string> OpenWindowNames() const override {
     std::vector<std::string> names;
     Wait([this, &names] { names = w_.OpenWindowNames(); });
@@ -106,25 +99,6 @@ class MainWindow::Frame : public ops::FrameUi {
   void Wait(std::function<void()> work) const { OnGuiThread(&w_, std::move(work), true); }
   MainWindow& w_;
 };
-
-void Dialogs::Message(QWidget* parent, Icon icon, const QString& text, const QString& caption) {
-  QMessageBox::Icon shown = QMessageBox::NoIcon;
-  switch (icon) {
-    case Icon::Information: shown = QMessageBox::Information; break;
-    case Icon::Exclamation: shown = QMessageBox::Warning; break;
-    case Icon::Critical: shown = QMessageBox::Critical; break;
-    case Icon::Question: shown = QMessageBox::Question; break;
-    case Icon::None: break;
-  }
-  QMessageBox box(shown, caption, text, QMessageBox::Ok, parent);
-  box.exec();
-}
-
-bool Dialogs::Ask(QWidget* parent, const QString& text, const QString& caption) {
-  QMessageBox box(QMessageBox::Question, caption, text, QMessageBox::Ok | QMessageBox::Cancel,
-                  parent);
-  return box.exec() == QMessageBox::Ok;
-}
 
 MainWindow::MainWindow(const Home& home, const ops::DeviceOptions& device,
                        std::unique_ptr<Dialogs> dialogs, QWidget* parent)
@@ -210,6 +184,25 @@ QAction* MakeAction(QObject* owner, std::map<QString, QAction*>& actions, const 
   return action;
 }
 
+// A toolbar icon drawn to fill exactly `size`. The theme has some icons only in smaller
+// sizes, and a smaller pixmap sits small and at the top of its button among full-sized
+// neighbours; the largest one is scaled to the toolbar's size instead.
+QIcon ToolbarIcon(const QIcon& icon, const QSize& size, qreal ratio) {
+  const QSize target = size * ratio;
+  QPixmap largest = icon.pixmap(target * 4);
+  largest.setDevicePixelRatio(1.0);
+  if (largest.isNull() || largest.size() == target) return icon;
+  QPixmap fitted = largest.scaled(target, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  QPixmap framed(target);
+  framed.fill(Qt::transparent);
+  QPainter painter(&framed);
+  painter.drawPixmap((target.width() - fitted.width()) / 2,
+                     (target.height() - fitted.height()) / 2, fitted);
+  painter.end();
+  framed.setDevicePixelRatio(ratio);
+  return QIcon(framed);
+}
+
 }  // namespace
 
 void MainWindow::BuildMenus() {
@@ -220,11 +213,6 @@ void MainWindow::BuildMenus() {
     QMenu* menu = menuBar()->addMenu(title);
     Name(menu, name);
     return menu;
-  };
-  auto later = [](QAction* action) {
-    action->setEnabled(false);
-    action->setToolTip(kLater);
-    action->setStatusTip(kLater);
   };
 
   QMenu* file = heading("mnuFile", QStringLiteral("文件(&F)"));
@@ -297,24 +285,26 @@ void MainWindow::BuildMenus() {
                          QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F6));
   run->addAction(readEe);
   run->addAction(writeEe);
-  connect(readEe, &QAction::triggered, this, [this] { RunEedataCommand("mnuReadEeprom", false); });
+  connect(readEe, &QAction::triggered, this,
+          [this] { RunEedataCommand("mnuReadEeprom", false, false); });
   connect(writeEe, &QAction::triggered, this,
-          [this] { RunEedataCommand("mnuWriteEeprom", true); });
+          [this] { RunEedataCommand("mnuWriteEeprom", true, false); });
   run->addSeparator();
   command("mnuDownload", QStringLiteral("下载到烧录器"), QKeySequence(Qt::CTRL | Qt::Key_D),
           ops::Download);
 
   QMenu* setting = heading("mnuSetting", QStringLiteral("设置(&S)"));
-  setting->setToolTipsVisible(true);
-  for (const auto& [name, text] : std::initializer_list<std::pair<QString, QString>>{
-           {"mnuConfigset", QStringLiteral("配置字设置...")},
-           {"mnuRollingCode", QStringLiteral("滚动码设置...")},
-           {"mnuEeprom", QStringLiteral("EEDATA 窗口...")},
-           {"mnuWriterID", QStringLiteral("烧录器 ID...")}}) {
+  for (const auto& [name, text, show] :
+       std::initializer_list<std::tuple<QString, QString, void (MainWindow::*)()>>{
+           {"mnuConfigset", QStringLiteral("配置字设置..."), &MainWindow::ShowConfigDialog},
+           {"mnuRollingCode", QStringLiteral("滚动码设置..."), nullptr},
+           {"mnuEeprom", QStringLiteral("EEDATA 窗口..."), &MainWindow::ShowEedataWindow},
+           {"mnuWriterID", QStringLiteral("烧录器 ID..."), &MainWindow::ShowWriterIdDialog}}) {
     QAction* action = act(name, text);
-    later(action);
     setting->addAction(action);
+    if (show != nullptr) connect(action, &QAction::triggered, this, show);
   }
+  connect(actions_["mnuRollingCode"], &QAction::triggered, this, [this] { ShowRollDialog(); });
 
   QMenu* modify = heading("mnuFilemodify", QStringLiteral("编辑(&E)"));
   QMenu* modeset = modify->addMenu(QStringLiteral("文件修改"));
@@ -329,12 +319,11 @@ void MainWindow::BuildMenus() {
   connect(disable, &QAction::triggered, this, [this] { SetModifyMode(false); });
 
   QMenu* help = heading("mnuHelp", QStringLiteral("帮助(&H)"));
-  help->setToolTipsVisible(true);
   docMenu_ = help->addMenu(QStringLiteral("芯片资料"));
   Name(docMenu_, "mnuDoc");
   QAction* about = act("mnuAbout", QStringLiteral("关于(&A)..."));
-  later(about);
   help->addAction(about);
+  connect(about, &QAction::triggered, this, &MainWindow::ShowAbout);
 }
 
 void MainWindow::BuildToolbar() {
@@ -376,16 +365,13 @@ void MainWindow::BuildToolbar() {
     Name(button, key);
     button->setProperty("key", key);
     button->setText(QString::fromUtf8(def.text));
-    button->setIcon(style()->standardIcon(def.icon));
+    button->setIcon(ToolbarIcon(style()->standardIcon(def.icon), toolbar_->iconSize(),
+                                devicePixelRatio()));
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     button->setAutoRaise(true);
     connect(button, &QToolButton::clicked, this, [this, key] { ToolbarButtonClick(key); });
     toolbar_->addWidget(button);
     buttons_[key] = button;
-  }
-  for (const char* key : {"setting", "about"}) {
-    buttons_[key]->setEnabled(false);
-    buttons_[key]->setToolTip(kLater);
   }
   // The auto button's arrow offers the two ways of the auto sequence.
   QToolButton* autoButton = buttons_["auto"];
@@ -481,7 +467,8 @@ void MainWindow::LoadSession() {
 
   project_.Chip = LoadStartupChip(host_, home_, ReadMcuType(host_, home_));
   models_->clear();
-  for (const std::string& model : ListModels(host_, home_)) models_->addItem(Q(model));
+  modelList_ = ListModels(host_, home_);
+  for (const std::string& model : modelList_) models_->addItem(Q(model));
   models_->setCurrentText(Q(project_.Chip.Name));
 }
 
@@ -525,7 +512,7 @@ void MainWindow::FitChildWindows() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  if (busy_ || tickInFlight_) {
+  if (!WriterIdle()) {
     // The writer's thread finishes first (a command is stopped at its next packet and
     // still ends its chip session); the window closes when it is free.
     closeWhenIdle_ = true;
@@ -572,9 +559,37 @@ void MainWindow::SetBlankEraseCaptions() {
 
 void MainWindow::UpdateEedataMenus() {
   const bool enabled = EedataMenusEnabled(project_.Chip);
-  actions_["mnuReadEeprom"]->setEnabled(enabled);
-  actions_["mnuWriteEeprom"]->setEnabled(enabled);
-  // mnuEeprom, the third entry, opens the EEDATA window, which comes with the dialogs.
+  for (const char* name : {"mnuReadEeprom", "mnuWriteEeprom", "mnuEeprom"}) {
+    actions_[name]->setEnabled(enabled);
+  }
+  // The EEDATA window follows the project: closed for a chip without EEDATA, else
+  // showing the new project's bytes.
+  if (eedata_ && eedata_->isVisible()) {
+    if (enabled) {
+      eedata_->ProjectReplaced();
+    } else {
+      eedata_->Dismiss();
+    }
+  }
+}
+
+void MainWindow::ShowEedataImage() {
+  if (eedata_ && eedata_->isVisible()) eedata_->ShowText();
+}
+
+ops::EedataReport MainWindow::EedataStatus() {
+  return [this](const std::string& line) {
+    OnGuiThread(
+        this,
+        [this, line] {
+          if (eedata_ && eedata_->isVisible()) {
+            eedata_->ShowStatus(Q(line));
+          } else {
+            statusBar()->showMessage(Q(line), 10000);
+          }
+        },
+        false);
+  };
 }
 
 void MainWindow::RebuildRecentMenu() {
@@ -624,18 +639,23 @@ std::vector<std::string> MainWindow::OpenWindowNames() const {
   for (QMdiSubWindow* sub : mdi_->subWindowList()) {
     if (sub->isVisible()) names.push_back(sub->objectName().toStdString());
   }
+  if (eedata_ && eedata_->isVisible()) names.push_back(eedata_->objectName().toStdString());
   return names;
 }
 
 // ---------------------------------------------------------------------------------------
 // HostView: what the Host shows, on the window's thread
 
+// A message over the dialog that is in front, so that it is seen where the operator looks.
 void MainWindow::ShowMessage(Icon icon, const std::string& text, const std::string& caption) {
-  dialogs_->Message(this, icon, Q(text), Q(caption));
+  QWidget* front = QApplication::activeModalWidget();
+  if (front == nullptr && eedata_ && eedata_->isActiveWindow()) front = eedata_;
+  dialogs_->Message(front ? front : this, icon, Q(text), Q(caption));
 }
 
 bool MainWindow::AskQuestion(const std::string& text, const std::string& caption) {
-  return dialogs_->Ask(this, Q(text), Q(caption));
+  QWidget* front = QApplication::activeModalWidget();
+  return dialogs_->Ask(front ? front : this, Q(text), Q(caption));
 }
 
 void MainWindow::AppendLog(const std::string& line) { message_->Append(line); }
@@ -661,6 +681,7 @@ void MainWindow::SetInputEnabled(bool enabled) {
   models_->setEnabled(enabled);
   docSub_->setEnabled(enabled);
   configSub_->setEnabled(enabled);
+  if (eedata_) eedata_->setEnabled(enabled);
 }
 
 void MainWindow::ResetProgress() { doc_->Progress()->setValue(0); }
@@ -688,6 +709,9 @@ void MainWindow::OpenDocumentAt(const std::string& path) {
   const ops::OpenedDocument doc = ops::OpenDocument(host_, home_, project_, path);
   RebuildRecentMenu();
   if (!doc.Open.Opened) return;
+  // The dialogs that were editing the previous project's chip or settings close.
+  if (configDialog_) configDialog_->reject();
+  if (rollDialog_) rollDialog_->reject();
   models_->setCurrentText(Q(project_.Chip.Name));
   UpdateEedataMenus();
   ShowProjectImage();
@@ -695,14 +719,9 @@ void MainWindow::OpenDocumentAt(const std::string& path) {
   watched_.Path = project_.ProjectPath;
   watched_.LastSeen = FileModifiedText(project_.ProjectPath);
   if (doc.RollDialog) {
-    // The rolling-code dialog comes with the dialogs; its fill is shown on the panel.
-    const RollDialogInput& roll = *doc.RollDialog;
-    SetStatusPanel(1, roll.Enable ? "Rolling Code:Enable" : "Rolling Code:Disable");
-    panels_[0]->setToolTip(QStringLiteral("Address: %1\nLength: %2\nCount: %3\nStep: %4%5")
-                               .arg(Q(roll.Address), Q(roll.Length), Q(roll.Count),
-                                    Q(roll.Step), roll.Mode2262 ? "\n2262" : ""));
-  } else {
-    panels_[0]->setToolTip({});
+    // The panel shows the project's Enable option until the dialog's OK sets it.
+    SetStatusPanel(1, project_.RollingEnabled ? "Rolling Code:Enable" : "Rolling Code:Disable");
+    ShowRollDialog(doc.RollDialog);
   }
 }
 
@@ -729,12 +748,74 @@ bool MainWindow::SelectModel(const std::string& model) {
     models_->setCurrentText(Q(project_.Chip.Name));
     return false;
   }
+  return AcceptChip(std::move(chip));
+}
+
+bool MainWindow::AcceptChip(ChipParams chip) {
+  if (busy_) return false;
   chip.ConfigWords = ApplyConfigRules(host_, home_, chip.Name, chip.Prod, chip.ConfigWords);
   project_.Chip = std::move(chip);
   models_->setCurrentText(Q(project_.Chip.Name));
   UpdateEedataMenus();
   ShowProjectImage();
   return true;
+}
+
+std::filesystem::path MainWindow::RollSettingsFile() const {
+  if (project_.ProjectPath.empty()) return {};
+  return RollSettingsPath(project_.ProjectPath);
+}
+
+// ---------------------------------------------------------------------------------------
+// The dialogs. Each is made when its menu entry is chosen and goes when it closes; a
+// dialog that is already open is brought to the front.
+
+namespace {
+
+template <typename Dialog>
+bool Raise(const QPointer<Dialog>& dialog) {
+  if (!dialog || !dialog->isVisible()) return false;  // closed ones are on their way out
+  dialog->show();
+  dialog->raise();
+  dialog->activateWindow();
+  return true;
+}
+
+}  // namespace
+
+void MainWindow::ShowConfigDialog() {
+  if (busy_ || Raise(configDialog_)) return;
+  configDialog_ = new ConfigDialog(*this);
+  configDialog_->open();
+}
+
+void MainWindow::ShowRollDialog(const std::optional<RollDialogInput>& fill) {
+  if (rollDialog_) rollDialog_->reject();
+  rollDialog_ = new RollDialog(*this, fill ? *fill : LoadRollDialog(host_, RollSettingsFile()));
+  rollDialog_->open();
+}
+
+void MainWindow::ShowEedataWindow() {
+  if (!EedataMenusEnabled(project_.Chip) || Raise(eedata_)) return;
+  eedata_ = new EedataWindow(*this);
+  eedata_->setEnabled(inputEnabled_);
+  eedata_->show();
+}
+
+void MainWindow::ShowWriterIdDialog() {
+  if (Raise(idDialog_)) return;
+  idDialog_ = new WriterIdDialog(*this);
+  idDialog_->open();
+}
+
+void MainWindow::ShowAbout() {
+  if (Raise(about_)) return;
+  about_ = new AboutDialog(*this);
+  about_->open();
+}
+
+void MainWindow::WriterIdChanged(std::uint32_t id) {
+  if (writerFacts_) writerFacts_->Id = id;
 }
 
 // ---------------------------------------------------------------------------------------
@@ -773,8 +854,9 @@ bool MainWindow::EnsureWriter(const std::string& model) {
   return true;
 }
 
-void MainWindow::RunCommand(const QString& name, Command command) {
-  if (busy_ || !writerReady_) return;
+bool MainWindow::RunCommand(const QString& name, Command command,
+                            std::function<void(const ops::CommandResult&)> ended) {
+  if (busy_ || !writerReady_) return false;
   busy_ = true;
   stop_.store(false);
   // The window is the command's from the click on, even while a tick still holds the
@@ -784,7 +866,7 @@ void MainWindow::RunCommand(const QString& name, Command command) {
   stopButton_->setEnabled(true);
   results_->Started(actions_[name]->text());
   const std::string model = project_.Chip.Name;
-  worker_.Post([this, name, command, model] {
+  worker_.Post([this, name, command, model, ended] {
     EnsureWriter(model);
     ops::Station st{host_, *frame_, home_, project_, *writer_};
     const ops::CommandResult result = command(st);
@@ -793,24 +875,47 @@ void MainWindow::RunCommand(const QString& name, Command command) {
             ? writer_->LastFaultText()
             : std::string();
     QMetaObject::invokeMethod(
-        this, [this, name, result, faultText] { CommandEnded(name, result, faultText); },
+        this,
+        [this, name, result, faultText, ended] { CommandEnded(name, result, faultText, ended); },
         Qt::QueuedConnection);
   });
+  return true;
 }
 
-void MainWindow::RunEedataCommand(const QString& name, bool write) {
-  // The EEDATA operations report to the EEDATA window's status line; until that window
-  // comes, the main status bar shows their lines.
-  RunCommand(name, [this, write](ops::Station& st) {
-    const ops::EedataReport report = [this](const std::string& line) {
-      OnGuiThread(this, [this, line] { statusBar()->showMessage(Q(line), 10000); }, false);
-    };
+bool MainWindow::RunEedataCommand(const QString& name, bool write, bool fromWindow) {
+  const ops::EedataReport report = EedataStatus();
+  return RunCommand(name, [report, write, fromWindow](ops::Station& st) {
+    if (fromWindow) {
+      return write ? ops::WriteEedataButton(st, report) : ops::ReadEedataButton(st, report);
+    }
     return write ? ops::WriteEedataToChip(st, report) : ops::ReadEedataFromChip(st, report);
   });
 }
 
+bool MainWindow::PostWriterJob(std::function<void(ops::Station&)> job,
+                               std::function<void()> ended) {
+  if (!writerReady_) return false;
+  ++jobsInFlight_;
+  const std::string model = project_.Chip.Name;
+  worker_.Post([this, job, ended, model, project = project_]() mutable {
+    EnsureWriter(model);
+    ops::Station st{host_, *frame_, home_, project, *writer_};
+    job(st);
+    QMetaObject::invokeMethod(
+        this,
+        [this, ended] {
+          --jobsInFlight_;
+          if (ended) ended();
+          AfterWriterJob();
+        },
+        Qt::QueuedConnection);
+  });
+  return true;
+}
+
 void MainWindow::CommandEnded(const QString& name, const ops::CommandResult& result,
-                              const std::string& faultText) {
+                              const std::string& faultText,
+                              const std::function<void(const ops::CommandResult&)>& ended) {
   busy_ = false;
   stopButton_->setEnabled(false);
   // The frame gave the window back already; this holds even if a command did not.
@@ -818,12 +923,19 @@ void MainWindow::CommandEnded(const QString& name, const ops::CommandResult& res
   if (!timer1_.isActive()) timer1_.start();
   ResetProgress();
   results_->Ended(actions_[name]->text(), result.Verdict, Q(faultText));
+  // What a chip command read or wrote stays: the EEDATA window's Cancel goes back to it.
+  if (eedata_ && eedata_->isVisible()) eedata_->KeepProject();
+  if (ended) ended(result);
   emit commandFinished(name, static_cast<int>(result.Verdict));
-  if (closeWhenIdle_ && !tickInFlight_) {
-    close();
+  AfterWriterJob();
+}
+
+void MainWindow::AfterWriterJob() {
+  if (closeWhenIdle_) {
+    if (WriterIdle()) close();
     return;
   }
-  if (reloadWhenIdle_) {
+  if (reloadWhenIdle_ && !busy_) {
     reloadWhenIdle_ = false;
     OpenDocumentAt(watched_.Path);
   }
@@ -843,15 +955,19 @@ void MainWindow::PostMonitorTick() {
     monitor_.Polling = true;
     if (EnsureWriter(model)) result = ops::MonitorTick(host_, *writer_, monitor_, file);
     const bool polling = monitor_.Polling;
+    const bool connected = monitor_.WriterConnected;
     QMetaObject::invokeMethod(
-        this, [this, file, result, polling] { TickEnded(file, result, polling); },
+        this,
+        [this, file, result, polling, connected] { TickEnded(file, result, polling, connected); },
         Qt::QueuedConnection);
   });
 }
 
 void MainWindow::TickEnded(const ops::WatchedFile& file, const ops::TickResult& result,
-                           bool polling) {
+                           bool polling, bool connected) {
   tickInFlight_ = false;
+  if (result.Arrived) writerFacts_ = *result.Arrived;
+  if (!connected) writerFacts_.reset();
   if (file.Path == watched_.Path) {
     watched_.LastSeen = file.LastSeen;
   } else if (!watched_.Path.empty()) {
@@ -869,7 +985,7 @@ void MainWindow::TickEnded(const ops::WatchedFile& file, const ops::TickResult& 
     }
   }
   emit tickFinished();
-  if (closeWhenIdle_ && !busy_) close();
+  AfterWriterJob();
 }
 
 }  // namespace lk::ui

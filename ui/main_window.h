@@ -4,17 +4,22 @@
 #pragma once
 
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
+#include <QPointer>
 #include <QTimer>
 #include <QToolButton>
 #include <atomic>
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,26 +28,28 @@
 #include "link/writer.h"
 #include "ops/connection_monitor.h"
 #include "ops/device.h"
+#include "ops/eedata_operations.h"
 #include "ops/station.h"
+#include "rolling/roll_settings.h"
 #include "ui/child_windows.h"
+#include "ui/dialogs.h"
 #include "ui/gui_host.h"
 #include "ui/result_panel.h"
 #include "ui/worker.h"
 
 namespace lk::ui {
 
-// How message boxes and questions reach the operator; tests put a recorder in.
-class Dialogs {
- public:
-  virtual ~Dialogs() = default;
-  virtual void Message(QWidget* parent, Icon icon, const QString& text, const QString& caption);
-  virtual bool Ask(QWidget* parent, const QString& text, const QString& caption);
-};
+class ConfigDialog;
+class RollDialog;
+class EedataWindow;
+class WriterIdDialog;
 
 class MainWindow : public QMainWindow, private HostView {
   Q_OBJECT
 
  public:
+  using Command = std::function<ops::CommandResult(ops::Station&)>;
+
   // dialogs: how message boxes and questions are shown (message boxes when null).
   MainWindow(const Home& home, const ops::DeviceOptions& device,
              std::unique_ptr<Dialogs> dialogs = nullptr, QWidget* parent = nullptr);
@@ -57,6 +64,10 @@ class MainWindow : public QMainWindow, private HostView {
 
   Host& UiHost() { return host_; }
   Project& CurrentProject() { return project_; }
+  const Home& ProgramHome() const { return home_; }
+  Dialogs& Prompts() { return *dialogs_; }
+  // The models of the chip database, in its order, as the model chooser offers them.
+  const std::vector<std::string>& Models() const { return modelList_; }
 
   // The handler of a toolbar button by its key; an unknown key does nothing.
   void ToolbarButtonClick(const QString& key);
@@ -64,8 +75,45 @@ class MainWindow : public QMainWindow, private HostView {
   void OpenDocumentAt(const std::string& path);
   // Save to a chosen name: the program words come from the document's text.
   void SaveDocumentAs(const std::string& chosenName);
-  // Selects a chip model as the configuration editor's OK does.
+  // Selects a chip model: its record, loaded afresh, taken as AcceptChip takes it.
   bool SelectModel(const std::string& model);
+  // The configuration editor's OK: `chip` (model and image) becomes the project's chip,
+  // its configuration words go through the rules again, and the menus and views follow.
+  // False while a command runs.
+  bool AcceptChip(ChipParams chip);
+
+  // Runs a chip command (named after its menu entry) on the writer's thread; `ended`
+  // runs on the window's thread once it is over. False when a command already runs.
+  bool RunCommand(const QString& name, Command command,
+                  std::function<void(const ops::CommandResult&)> ended = {});
+  // The EEDATA read or write, from the menu or from the EEDATA window's buttons (which
+  // add their status texts); their lines go to the EEDATA window's status.
+  bool RunEedataCommand(const QString& name, bool write, bool fromWindow);
+  // Where the EEDATA operations' lines go: the EEDATA window's status while it is open,
+  // else the main status bar. Callable from the writer's thread.
+  ops::EedataReport EedataStatus();
+  // A dialog's job on the writer's thread, after what is queued there, on a copy of the
+  // project (a job never changes the project); `ended` runs on the window's thread.
+  // False (and nothing runs) before the writer is built.
+  bool PostWriterJob(std::function<void(ops::Station&)> job, std::function<void()> ended);
+  // No command, tick or job holds the writer's thread.
+  bool WriterIdle() const { return !busy_ && !tickInFlight_ && jobsInFlight_ == 0; }
+  // What the writer said of itself when the monitor last found it; nothing while no
+  // writer is connected.
+  const std::optional<ops::WriterFacts>& ConnectedWriter() const { return writerFacts_; }
+  void WriterIdChanged(std::uint32_t id);
+
+  // The dialogs, as their menu entries open them.
+  void ShowConfigDialog();
+  // The rolling-code dialog, filled from the settings file, or with `fill` when the open
+  // dispatcher has read it already.
+  void ShowRollDialog(const std::optional<RollDialogInput>& fill = std::nullopt);
+  void ShowEedataWindow();
+  void ShowWriterIdDialog();
+  void ShowAbout();
+  // The open project's rolling-code settings file; empty when no project is open.
+  std::filesystem::path RollSettingsFile() const;
+
   // Posts one tick of the connection monitor when the writer's thread is free.
   void PostMonitorTick();
   // Asks the running command to stop at its next packet.
@@ -93,7 +141,6 @@ class MainWindow : public QMainWindow, private HostView {
 
  private:
   class Frame;
-  using Command = std::function<ops::CommandResult(ops::Station&)>;
 
   // HostView
   void ShowMessage(Icon icon, const std::string& text, const std::string& caption) override;
@@ -118,6 +165,9 @@ class MainWindow : public QMainWindow, private HostView {
   void ShowConfigOptions();
   void SetBlankEraseCaptions();
   void UpdateEedataMenus();
+  void ShowEedataImage();
+  // After a command, a tick or a job: a close or a reload that waited for the writer.
+  void AfterWriterJob();
   void RebuildRecentMenu();
   void BuildDocumentMenu();
   void SetAutoBlankMode(bool withBlank);
@@ -131,11 +181,11 @@ class MainWindow : public QMainWindow, private HostView {
   void OpenDocumentDialog();
   void SaveDocumentDialog();
   void OpenChipDocument(const QString& name);
-  void RunCommand(const QString& name, Command command);
-  void RunEedataCommand(const QString& name, bool write);
   void CommandEnded(const QString& name, const ops::CommandResult& result,
-                    const std::string& faultText);
-  void TickEnded(const ops::WatchedFile& file, const ops::TickResult& result, bool polling);
+                    const std::string& faultText,
+                    const std::function<void(const ops::CommandResult&)>& ended);
+  void TickEnded(const ops::WatchedFile& file, const ops::TickResult& result, bool polling,
+                 bool connected);
 
   // On the writer's thread: the writer exists and the simulated socket holds `model`.
   bool EnsureWriter(const std::string& model);
@@ -157,12 +207,15 @@ class MainWindow : public QMainWindow, private HostView {
   bool writerReady_ = false;  // Start has built the writer (writer_ is the thread's then)
   bool busy_ = false;
   bool tickInFlight_ = false;
+  int jobsInFlight_ = 0;
   bool closeWhenIdle_ = false;
   bool reloadWhenIdle_ = false;
   bool inputEnabled_ = true;
   bool fitted_ = false;
   ops::WatchedFile watched_;
   std::string fileModifyStatus_;  // status panel 3 of the file last opened
+  std::optional<ops::WriterFacts> writerFacts_;
+  std::vector<std::string> modelList_;
   QTimer timer1_;
 
   QMdiArea* mdi_ = nullptr;
@@ -182,6 +235,11 @@ class MainWindow : public QMainWindow, private HostView {
   QMenu* autoMenu_ = nullptr;
   QMenu* docMenu_ = nullptr;
   std::vector<QLabel*> panels_;
+  QPointer<ConfigDialog> configDialog_;
+  QPointer<RollDialog> rollDialog_;
+  QPointer<EedataWindow> eedata_;
+  QPointer<WriterIdDialog> idDialog_;
+  QPointer<QDialog> about_;
 
   // The writer's thread is the last thing to go: declared last, destroyed first.
   Worker worker_;

@@ -65,6 +65,34 @@ TEST(ConfigDefsTest, ApplyChoice) {
   }
 }
 
+// A typed field value goes back into exactly the field's bits, the last digit into the
+// first item; it reads back as typed (short texts with their leading zeros).
+TEST(ConfigDefsTest, ApplyFieldBinary) {
+  struct Case {
+    const char* items;
+    const char* typed;
+    Words before;
+    Words after;
+    const char* shown;  // FieldBinary afterwards; "" when refused
+  } cases[] = {
+      {"0,4:0,5:0,6", "011", {0x3FD1}, {0x3FB1}, "011"},
+      {"0,4:0,5:0,6", "1", {0x3FFF}, {0x3F9F}, "001"},
+      {"1,8:0,0", "10", {0x0000, 0x0100}, {0x0001, 0x0000}, "10"},
+      {"0,4:0,5:0,6", "1111", {0x3FFF}, {0x3FFF}, ""},
+      {"0,4:0,5:0,6", "102", {0x3FFF}, {0x3FFF}, ""},
+      {"0,4:0,5:0,6", "", {0x3FFF}, {0x3FFF}, ""},
+      {"1,0", "1", {0x0000}, {0x0000}, ""},  // the chip has no word 1
+  };
+  for (const auto& c : cases) {
+    Words w = c.before;
+    EXPECT_EQ(ApplyFieldBinary(c.items, c.typed, w), *c.shown != 0) << c.typed;
+    EXPECT_EQ(w, c.after) << c.typed;
+    if (*c.shown) {
+      EXPECT_EQ(FieldBinary(c.items, w), c.shown);
+    }
+  }
+}
+
 TEST(ConfigDefsTest, DecodeFile) {
   TempDir dir;
   RecordingHost host;
@@ -82,6 +110,15 @@ TEST(ConfigDefsTest, DecodeFile) {
   EXPECT_EQ(rows[1].Value, "101");
   EXPECT_EQ(rows[2].Value, "");
   EXPECT_TRUE(host.messages.empty());
+
+  // The same options as the dialog lists them.
+  const auto options = ReadConfigOptions(host, file);
+  ASSERT_EQ(options.size(), 3u);
+  EXPECT_TRUE(options[0].Choice);
+  EXPECT_EQ(options[0].Labels, (std::vector<std::string>{"On", "Off"}));
+  EXPECT_FALSE(options[1].Choice);
+  EXPECT_EQ(options[1].FieldName, "T");
+  EXPECT_EQ(options[1].Dat, "0,4:0,5:0,6");
 
   Words w{0x0051};
   EXPECT_TRUE(ApplyConfigChoice(host, file, "WDT 看门狗", "Off", w));
@@ -119,8 +156,7 @@ TEST(ShippedDefinitionsTest, EveryModelDecodesItsDefaults) {
     const std::pair<const char*, Words> defaults[] = {
         {"loaded", chip.ConfigWords},
         {"start-up", LoadStartupChip(host, home, model).ConfigWords},
-        {"default button",
-         ApplyConfigRules(host, home, chip.Name, chip.Prod, Words(n, chip.HexMcu))}};
+        {"default button", DefaultConfigWords(host, home, chip)}};
     const auto file = home.ConfigDefinitions(model);
     const ProfileList options = GetSections(host, file);
     EXPECT_GT(options.size(), 1u);

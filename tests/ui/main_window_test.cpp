@@ -1,13 +1,16 @@
 // The main window driven as an operator drives it, against the simulated writer in a
 // temporary copy of the program folder.
 #include <QAction>
+#include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
 #include <QToolButton>
+#include <QTreeWidget>
 #include <filesystem>
 #include <fstream>
 
@@ -16,92 +19,13 @@
 #include "core/image.h"
 #include "core/profile.h"
 #include "core/quiet_host.h"
-#include "tests/support/temp_dir.h"
-#include "ui/main_window.h"
+#include "tests/ui/ui_rig.h"
 
 namespace fs = std::filesystem;
 using lk::ui::MainWindow;
+using namespace lk::test;
 
 namespace {
-
-struct Shown {
-  lk::Icon icon;
-  QString text, caption;
-};
-
-// Records every message box and question and answers the questions as told.
-class RecordingDialogs : public lk::ui::Dialogs {
- public:
-  void Message(QWidget*, lk::Icon icon, const QString& text, const QString& caption) override {
-    messages.push_back({icon, text, caption});
-  }
-  bool Ask(QWidget*, const QString& text, const QString& caption) override {
-    questions.push_back({lk::Icon::Question, text, caption});
-    return answer;
-  }
-  std::vector<Shown> messages, questions;
-  bool answer = true;
-};
-
-// A program folder of its own (dat/ is written at close) and a window on it.
-class Rig {
- public:
-  explicit Rig(const std::string& device = "sim") {
-    for (const char* folder : {"dat", "cfg", "doc", "examples"}) {
-      fs::copy(fs::path(LK_PROGRAM_DIR) / folder, dir.Path() / folder,
-               fs::copy_options::recursive);
-    }
-    options.device = device;
-  }
-  MainWindow& Open(bool start = true) {
-    auto recorder = std::make_unique<RecordingDialogs>();
-    dialogs = recorder.get();
-    window = std::make_unique<MainWindow>(lk::Home(dir.Path()), options, std::move(recorder));
-    if (start) {
-      if (!window->Start()) qFatal("the window did not start");
-      window->show();
-    }
-    return *window;
-  }
-  std::string Example(const std::string& name) const {
-    return (dir.Path() / "examples" / name).string();
-  }
-  std::string Value(const char* file, const char* section, const char* key) {
-    lk::QuietHost quiet;
-    return lk::GetValue(quiet, dir.Path() / "dat" / file, section, key);
-  }
-
-  lk::test::TempDir dir;
-  lk::ops::DeviceOptions options;
-  std::unique_ptr<MainWindow> window;
-  RecordingDialogs* dialogs = nullptr;
-};
-
-QStringList Lines(const MainWindow& w) {
-  QStringList lines;
-  for (const std::string& line : w.LogLines()) lines << QString::fromStdString(line);
-  return lines;
-}
-
-// Clicks a toolbar key and waits for the command to end; the outcome, or -1 when no
-// command ran.
-int Click(MainWindow& w, const QString& key, int timeoutMs = 20000) {
-  QSignalSpy done(&w, &MainWindow::commandFinished);
-  w.ToolbarButtonClick(key);
-  if (!done.wait(timeoutMs)) return -1;
-  return done.takeFirst().at(1).toInt();
-}
-
-// Waits until no tick holds the writer's thread, then runs one tick to its end.
-void Tick(MainWindow& w) {
-  QSignalSpy ticked(&w, &MainWindow::tickFinished);
-  QTRY_VERIFY(!w.CommandRunning());
-  for (int i = 0; i < 2 && ticked.isEmpty(); ++i) {
-    w.PostMonitorTick();
-    ticked.wait(5000);
-  }
-  QVERIFY(!ticked.isEmpty());
-}
 
 // After every command the window is the operator's again.
 void VerifyWindowGivenBack(const MainWindow& w) {
@@ -109,12 +33,6 @@ void VerifyWindowGivenBack(const MainWindow& w) {
   QVERIFY(w.WindowInputEnabled());
   QVERIFY(w.MonitorRunning());
   QCOMPARE(w.Document()->Progress()->value(), 0);
-}
-
-// Closes the window; a tick still on the writer's thread delays the close until it ends.
-bool CloseWindow(MainWindow& w) {
-  w.close();
-  return QTest::qWaitFor([&] { return !w.isVisible(); }, 5000);
 }
 
 // A writer that is on the bus and takes every packet but never answers.
@@ -135,11 +53,8 @@ class SilentBus : public lk::WriterBus {
   std::string Describe() const override { return "silent writer"; }
 };
 
-QString DocText(const MainWindow& w) { return w.Document()->Text()->toPlainText(); }
 
-QAction* ActionNamed(const MainWindow& w, const char* name) {
-  return w.findChild<QAction*>(name);
-}
+QString DocText(const MainWindow& w) { return w.Document()->Text()->toPlainText(); }
 
 }  // namespace
 
@@ -548,15 +463,61 @@ class MainWindowTest : public QObject {
     QVERIFY(!empty.Open().findChild<QMenu*>("mnuDoc")->menuAction()->isVisible());
   }
 
+  // Every dialog opens from its menu entry (the configuration dialog and About also from
+  // their toolbar buttons); the About box names the version, the program folder, the
+  // chip database with its model count and the writer as the monitor found it.
+  void dialogsFromTheirMenus() {
+    Rig rig;
+    MainWindow& w = rig.Open();
+    w.OpenDocumentAt(rig.Example("qvm50f96a-eedata.lkx"));
+    Tick(w);
+    const std::pair<const char*, const char*> entries[] = {
+        {"mnuConfigset", "Frmconfig"}, {"mnuRollingCode", "FrmRoll"}, {"mnuEeprom", "FrmEedata"},
+        {"mnuWriterID", "frmID"},      {"mnuAbout", "FrmAbout"},      {"setting", "Frmconfig"},
+        {"about", "FrmAbout"}};
+    for (const auto& [entry, name] : entries) {
+      if (QAction* action = ActionNamed(w, entry)) {
+        QVERIFY2(action->isEnabled(), entry);
+        action->trigger();
+      } else {
+        QVERIFY2(w.findChild<QToolButton*>(entry)->isEnabled(), entry);
+        w.ToolbarButtonClick(entry);
+      }
+      auto* dialog = rig.Find<QDialog>(name);
+      QVERIFY2(dialog != nullptr, name);
+      QCOMPARE(dialog->accessibleName(), QString(name));
+      if (QString(name) == "FrmAbout") {
+        auto text = [&](const char* label) { return dialog->findChild<QLabel*>(label)->text(); };
+        QCOMPARE(text("LabelTitle"), QString("LKMCU Writer v1.0"));
+        QCOMPARE(text("LabelFolder"), QString::fromStdString(rig.dir.Path().string()));
+        QVERIFY(text("LabelDatabase").contains(QString(" (%1 ").arg(w.Models().size())));
+        QCOMPARE(text("LabelWriter"), QString("烧录器已经连接！版本号： v3.1\n烧录器ID：123456"));
+      }
+      dialog->reject();
+    }
+    QVERIFY(w.SelectModel("QVM50P99"));
+    QVERIFY(!ActionNamed(w, "mnuEeprom")->isEnabled());
+
+    Rig none("usb:/dev/no-such-writer");
+    MainWindow& alone = none.Open();
+    Tick(alone);
+    ActionNamed(alone, "mnuAbout")->trigger();
+    QCOMPARE(none.Find("FrmAbout")->findChild<QLabel*>("LabelWriter")->text(),
+             QString("No Device Connected"));
+  }
+
   // Under a real display (the Xvfb test): the main window after open, after an Auto,
-  // after a failed verify and without a writer, saved as PNG files to look at.
+  // after a failed verify and without a writer, and every dialog as its menu entry opens
+  // it, saved as PNG files to look at.
   void screenshots() {
     const QString folder = qEnvironmentVariable("LK_SCREENSHOT_DIR");
     if (folder.isEmpty()) QSKIP("LK_SCREENSHOT_DIR names the folder for the screenshots");
     fs::create_directories(folder.toStdString());
-    auto save = [&](MainWindow& w, const char* name) {
+    auto save = [&](QWidget* shown, const char* name) {
+      QVERIFY2(shown != nullptr, name);
+      QVERIFY(QTest::qWaitForWindowExposed(shown));
       QTest::qWait(200);
-      const QImage shot = w.grab().toImage();
+      const QImage shot = shown->grab().toImage();
       QVERIFY(!shot.isNull());
       QVERIFY(shot.save(folder + "/" + name));
     };
@@ -566,11 +527,34 @@ class MainWindowTest : public QObject {
       QVERIFY(QTest::qWaitForWindowExposed(&w));
       w.OpenDocumentAt(rig.Example("qvm50p99.lkx"));
       Tick(w);
-      save(w, "after-open.png");
+      save(&w, "after-open.png");
       QCOMPARE(Click(w, "verify"), static_cast<int>(lk::ops::Outcome::Failed));
-      save(w, "failed-verify.png");
+      save(&w, "failed-verify.png");
       QCOMPARE(Click(w, "auto"), static_cast<int>(lk::ops::Outcome::Passed));
-      save(w, "after-auto.png");
+      save(&w, "after-auto.png");
+
+      const std::pair<const char*, const char*> dialogs[] = {
+          {"mnuWriterID", "frmID"}, {"mnuAbout", "FrmAbout"}};
+      for (const auto& [menu, name] : dialogs) {
+        ActionNamed(w, menu)->trigger();
+        save(rig.Find(name), (QString(name) + ".png").toUtf8().constData());
+        rig.Find<QDialog>(name)->reject();
+      }
+      w.OpenDocumentAt(rig.Example("rolling/project.lkx"));
+      save(rig.Find("FrmRoll"), "FrmRoll.png");
+      rig.Find<QDialog>("FrmRoll")->reject();
+
+      QVERIFY(w.SelectModel("LK3PW89"));
+      ActionNamed(w, "mnuConfigset")->trigger();
+      save(rig.Find("Frmconfig"), "Frmconfig.png");
+      auto* options = rig.Find<QTreeWidget>("Listconfig");
+      options->setCurrentItem(options->topLevelItem(options->topLevelItemCount() - 1));
+      save(rig.Find("Frmconfig"), "Frmconfig-field.png");
+      rig.Find<QDialog>("Frmconfig")->reject();
+
+      w.OpenDocumentAt(rig.Example("qvm50f96a-eedata.lkx"));
+      ActionNamed(w, "mnuEeprom")->trigger();
+      save(rig.Find("FrmEedata"), "FrmEedata.png");
     }
     {
       Rig rig("usb:/dev/no-such-writer");
@@ -579,7 +563,7 @@ class MainWindowTest : public QObject {
       w.OpenDocumentAt(rig.Example("qvm50p99.lkx"));
       Tick(w);
       QCOMPARE(Click(w, "program"), static_cast<int>(lk::ops::Outcome::NoWriter));
-      save(w, "no-writer.png");
+      save(&w, "no-writer.png");
     }
   }
 };
