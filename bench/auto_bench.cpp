@@ -23,7 +23,7 @@
 #include <thread>
 #include <vector>
 
-#include "bench/counting_bus.h"
+#include "bench/bench_support.h"
 #include "core/chip_database.h"
 #include "core/quiet_host.h"
 #include "ops/auto_sequence.h"

@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "core/chip_database.h"
 #include "core/quiet_host.h"
 #include "core/image.h"
@@ -72,12 +73,7 @@ int main(int argc, char** argv) {
   const lk::Home home(dir);
   lk::QuietHost host(stderr);
 
-  std::vector<std::int32_t> words(65536);
-  std::uint32_t x = 12345;
-  for (auto& w : words) {
-    x = x * 1103515245u + 12345u;
-    w = static_cast<std::int32_t>((x >> 8) & 0xFFFF);
-  }
+  const std::vector<std::int32_t> words = lk::bench::RandomWords(65536);
   const fs::path hex = dir / "image.hex";
   Write(hex, lk::MakeIntelHex(words, 16));
 

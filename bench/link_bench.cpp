@@ -9,7 +9,7 @@
 #include <memory>
 #include <thread>
 
-#include "bench/counting_bus.h"
+#include "bench/bench_support.h"
 #include "core/chip_database.h"
 #include "core/project.h"
 #include "core/quiet_host.h"

@@ -29,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_support.h"
 #include "core/quiet_host.h"
 #include "files/image_writers.h"
 #include "ops/auto_sequence.h"
@@ -169,12 +170,7 @@ void OpenFigures() {
   std::ofstream(dir / "dat" / "data.dat")
       << "[Data]\nMcuType=BENCH64K\n[RecentFile]\nFile0=\nFile1=\nFile2=\nFile3=\nFile4=\n";
   std::ofstream(dir / "dat" / "frm.dat") << "[FrmMain]\nWidth=15360\nHeight=10800\n";
-  std::vector<std::int32_t> words(65536);
-  std::uint32_t x = 12345;
-  for (auto& w : words) {
-    x = x * 1103515245u + 12345u;
-    w = static_cast<std::int32_t>((x >> 8) & 0xFFFF);
-  }
+  const std::vector<std::int32_t> words = lk::bench::RandomWords(65536);
   const fs::path hex = dir / "image.hex";
   std::ofstream(hex, std::ios::binary) << lk::MakeIntelHex(words, 16);
 

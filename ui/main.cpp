@@ -3,6 +3,7 @@
 #include <QMessageBox>
 
 #include "core/home.h"
+#include "core/quiet_host.h"
 #include "ui/main_window.h"
 #include "ui/options.h"
 
@@ -10,19 +11,12 @@ namespace {
 
 // Before the window exists: the program folder's own messages (a per-user folder that
 // cannot be made) in a plain message box; nothing else is asked of it.
-class StartupHost : public lk::Host {
+class StartupHost : public lk::QuietHost {
  public:
   void Message(lk::Icon, const std::string& text, const std::string& caption) override {
     QMessageBox::information(nullptr, QString::fromStdString(caption),
                              QString::fromStdString(text));
   }
-  bool Ask(const std::string&, const std::string&) override { return true; }
-  void Log(const std::string&) override {}
-  void ReplaceLastLog(const std::string&) override {}
-  void ClearLog() override {}
-  void Progress(long, long) override {}
-  void Status(int, const std::string&) override {}
-  void Diagnostic(const std::string&) override {}
 };
 
 }  // namespace

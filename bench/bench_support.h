@@ -1,9 +1,12 @@
-// A bus that counts the reports crossing the link, both ways, for the benchmarks that
-// compare a run with the bound of the simulator's timing model.
+// What the benchmarks share: a bus that counts the reports crossing the link, both ways
+// (to compare a run with the bound of the simulator's timing model), and a program image
+// that is not blank.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "link/transport.h"
 
@@ -37,5 +40,16 @@ class CountingBus : public WriterBus {
   std::unique_ptr<WriterBus> inner_;
   long& count_;
 };
+
+// `count` pseudo-random 16-bit words, the same on every run.
+inline std::vector<std::int32_t> RandomWords(std::size_t count) {
+  std::vector<std::int32_t> words(count);
+  std::uint32_t x = 12345;
+  for (auto& w : words) {
+    x = x * 1103515245u + 12345u;
+    w = static_cast<std::int32_t>((x >> 8) & 0xFFFF);
+  }
+  return words;
+}
 
 }  // namespace lk::bench
