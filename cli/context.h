@@ -10,6 +10,7 @@
 #include "cli/cli_host.h"
 #include "core/home.h"
 #include "core/project.h"
+#include "ops/device.h"
 
 namespace lk {
 class TraceFile;
@@ -23,13 +24,10 @@ inline constexpr int kExitFailed = 1;      // the command reported failure
 inline constexpr int kExitUsage = 2;       // usage or file error
 inline constexpr int kExitNoWriter = 3;    // writer not found
 
-// The ranges of the numeric options, refused outside them before any command runs.
-// An answer that takes longer than a minute is no answer: the real writer replies within
-// milliseconds, and a longer wait only hides a dead link.
-inline constexpr int kMinTimeoutMs = 1;
-inline constexpr int kMaxTimeoutMs = 60000;
-// The simulated firmware version is the low byte of the version word.
-inline constexpr int kMaxSimVersion = 255;
+// The ranges of the numeric options (shared with the desktop program) are in ops/device.h.
+using ops::kMaxSimVersion;
+using ops::kMaxTimeoutMs;
+using ops::kMinTimeoutMs;
 
 struct CliOptions {
   std::optional<std::string> home;

@@ -14,6 +14,14 @@
 
 namespace lk::ops {
 
+// The ranges of the numeric device options, refused outside them before anything runs.
+// An answer that takes longer than a minute is no answer: the real writer replies within
+// milliseconds, and a longer wait only hides a dead link.
+inline constexpr int kMinTimeoutMs = 1;
+inline constexpr int kMaxTimeoutMs = 60000;
+// The simulated firmware version is the low byte of the version word.
+inline constexpr int kMaxSimVersion = 255;
+
 struct DeviceOptions {
   std::string device = "usb";  // usb | usb:PATH | sim
   std::string simState;        // file keeping the simulated writer's state

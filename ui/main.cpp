@@ -22,14 +22,18 @@ class StartupHost : public lk::QuietHost {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The command line first: --help and a bad option need no display.
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
+  int status = 0;
+  const std::optional<lk::ui::StartOptions> options =
+      lk::ui::ParseStartOptions(arguments, &status);
+  if (!options) return status;
+
   QApplication app(argc, argv);
   QApplication::setApplicationName("LKMCU Writer");
   // The desktop entry's name: the desktop matches the window to its entry and icon.
   QGuiApplication::setDesktopFileName("org.lkmcu.lkwriter");
-  int status = 0;
-  const std::optional<lk::ui::StartOptions> options =
-      lk::ui::ParseStartOptions(QApplication::arguments(), &status);
-  if (!options) return status;
 
   StartupHost startup;
   lk::ui::MainWindow window(lk::Home::Resolve(startup, options->home), options->device);

@@ -16,11 +16,12 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
   const QCommandLineOption simChip("sim-chip", "model in the simulated writer's socket "
                                                "(default: the selected model)",
                                    "MODEL");
-  const QCommandLineOption simVersion("sim-version", "simulated firmware version (low byte)",
-                                      "N", "3");
+  const QCommandLineOption simVersion("sim-version",
+                                      "simulated firmware version (low byte, 0..255)", "N", "3");
   const QCommandLineOption simFault("sim-fault", "inject a fault: KIND@N", "KIND@N");
   const QCommandLineOption simTiming("sim-timing", "the simulated writer takes its real time");
-  const QCommandLineOption timeout("timeout", "receive timeout of every answer", "MS", "3000");
+  const QCommandLineOption timeout("timeout", "receive timeout of every answer (1..60000 ms)",
+                                   "MS", "3000");
   const QCommandLineOption trace("trace", "write every report as a hex line to FILE", "FILE");
   parser.addOptions(
       {home, device, simState, simChip, simVersion, simFault, simTiming, timeout, trace});
@@ -48,8 +49,14 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
   bool timeoutOk = false;
   o.device.simVersion = parser.value(simVersion).toInt(&versionOk);
   const int ms = parser.value(timeout).toInt(&timeoutOk);
-  if (!versionOk || !timeoutOk || o.device.simVersion < 0 || ms <= 0) {
-    std::fprintf(stderr, "--sim-version and --timeout take positive numbers\n");
+  if (!versionOk || o.device.simVersion < 0 || o.device.simVersion > ops::kMaxSimVersion) {
+    std::fprintf(stderr, "error: --sim-version: a number 0..%d\n", ops::kMaxSimVersion);
+    *exitCode = 2;
+    return std::nullopt;
+  }
+  if (!timeoutOk || ms < ops::kMinTimeoutMs || ms > ops::kMaxTimeoutMs) {
+    std::fprintf(stderr, "error: --timeout: milliseconds %d..%d\n", ops::kMinTimeoutMs,
+                 ops::kMaxTimeoutMs);
     *exitCode = 2;
     return std::nullopt;
   }
