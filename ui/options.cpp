@@ -34,7 +34,10 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
     return std::nullopt;
   }
   if (parser.isSet("help")) {
-    std::printf("%s", qPrintable(parser.helpText()));
+    // Read before any application object exists, the parser does not know the name.
+    QString help = parser.helpText();
+    help.replace("<executable_name>", "lkwriter");
+    std::printf("%s", qPrintable(help));
     return std::nullopt;
   }
   StartOptions o;
