@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "core/profile.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/temp_dir.h"
 
