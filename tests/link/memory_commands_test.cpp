@@ -135,23 +135,12 @@ TEST(ProgramRomTest, ModelRulesAndStoreCode) {
   }
 }
 
-TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
-  const RollSettings roll = Rolling({0x0A, 0x1E}, {171, 205});
+// The code on the chip's outgoing copy, the image keeping its words, is the ops tests'
+// (Program with a settings file); here the store, and an address beyond the chip.
+TEST(ProgramRomTest, RollingCodeNeverForTheStoreNorOutsideTheChip) {
+  const RollSettings roll = Rolling({0x0A}, {171});
   ChipParams chip = TestChip(63);
   for (auto& w : chip.RomWords) w = 0x2F00;
-  WriterFixture f;
-  ASSERT_EQ(ProgramRom(f.writer, chip, &roll), Fault::None);
-  const auto packets = PacketsOf(*f.wire, 0xF3);
-  auto wordAt = [&](int a) {
-    const Bytes& p = packets[a / 24];
-    return p[5 + 2 * (a % 24)] | (p[6 + 2 * (a % 24)] << 8);
-  };
-  EXPECT_EQ(wordAt(10), 0x2FAB);
-  EXPECT_EQ(wordAt(30), 0x2FCD);
-  EXPECT_EQ(wordAt(11), 0x2F00);
-  EXPECT_EQ(chip.RomWords[10], 0x2F00);  // the image keeps its word
-
-  // Not placed for the store.
   WriterFixture g;
   ASSERT_EQ(ProgramRom(g.writer, chip, &roll, Target::Store), Fault::None);
   const Bytes p = PacketsOf(*g.wire, 0xF7)[0];
@@ -162,20 +151,6 @@ TEST(ProgramRomTest, RollingCodeOnTheOutgoingCopyOnly) {
   WriterFixture h;
   EXPECT_EQ(ProgramRom(h.writer, chip, &outside), Fault::RollAddress);
   EXPECT_TRUE(h.wire->sent.empty());
-}
-
-TEST(ReadRomTest, StoresTheWordsOfBothGenerations) {
-  for (std::uint32_t version : {2u, 3u}) {
-    WriterFixture f(version);
-    f.memory.rom.resize(96);
-    for (int i = 0; i < 96; ++i) f.memory.rom[i] = 0x0100 + i;
-    const auto words = ReadRom(f.writer, TestChip(0x5F));  // 96 words: three reads
-    ASSERT_TRUE(words);
-    ASSERT_EQ(words->size(), 96u);
-    EXPECT_EQ((*words)[95], 0x015F);
-    EXPECT_EQ(f.wire->CountCode(0xF2), 3u);
-    EXPECT_EQ(f.wire->sent[0][1], version < 3 ? 3 : 6);
-  }
 }
 
 TEST(ProgramConfigTest, WordsBelowConfigLengthWithForcedBits) {

@@ -103,7 +103,7 @@ class OpsRig {
     simWriter = std::make_shared<sim::SimWriter>(host, config, fault.value_or(sim::SimFault{}),
                                                  std::move(state));
     writer = std::make_unique<Writer>(sim::MakeSimBusFor(simWriter));
-    writer->SetWaiter([this](int ms) { waited += ms; });
+    writer->SetWaiter([](int) {});  // no real pauses between steps
     ops::AttachHost(*writer, host);
     writer->SetReceiveTimeoutMs(50);
     host.packets = [this] { return simWriter->PacketCount(); };
@@ -160,7 +160,6 @@ class OpsRig {
   Project project;
   std::shared_ptr<sim::SimWriter> simWriter;
   std::unique_ptr<Writer> writer;
-  long waited = 0;
   std::optional<ops::Station> station;
 };
 

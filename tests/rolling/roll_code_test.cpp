@@ -169,63 +169,43 @@ TEST(PlaceRollCode, LowBytesAtTheAddressesOrNothingWhenOneIsOutside) {
   EXPECT_EQ(RollAddressOutsideText(0x800), "Rolling Code Address 800H is outside the program memory!");
 }
 
-class AdvanceRollCodeTest : public ::testing::Test {
- protected:
-  std::filesystem::path Settings(const std::string& count, const std::string& mode2262,
-                                 const std::string& length = "4") {
-    return dir.Write("board.ini",
-                     "[Rolling Code]\r\nAddress=0010 0011 0012 0013\r\n"
-                     "World_Lenth=" +
-                         length + "\r\nCount=" + count +
-                         "\r\nStep=1 1 1 1\r\n"
-                         "Value=True\r\n2262mode=" +
-                         mode2262 + "\r\nVersion=1.0\r\n");
+// The advance after a full program, with its log lines and the successor stored in the
+// settings file beside the project, is the ops tests'; here the roads where nothing is
+// advanced, and the 2262 adjustment after the successor.
+TEST(AdvanceRollCode, StoresOnlyALegalSuccessor) {
+  const struct {
+    const char *count, *mode2262, *length;
+    bool enabled, advanced;
+    const char* stored;
+    std::vector<std::string> messages;
+  } cases[] = {
+      {"1 3 5 7", "1", "4", true, true, "1 3 5 12", {}},  // 7 + 1 = 0b1000 -> 0b1100
+      {"1 2 3 4", "0", "4", false, true, "1 2 3 4", {}},  // the feature is off: nothing
+      {"254 253 252 251", "0", "4", true, false, "254 253 252 251",
+       {"Rolling Code 254 253 252 251 has no successor: the code space is exhausted!"}},
+      {"1 2 3", "0", "3", true, false, "1 2 3", {"Rolling Code must be 4 bytes long!"}},
+  };
+  for (const auto& c : cases) {
+    test::TempDir dir;
+    test::RecordingHost host;
+    const auto p = dir.Write("board.ini", std::string("[Rolling Code]\r\nAddress=0010 0011 0012 0013") +
+                                              "\r\nWorld_Lenth=" + c.length + "\r\nCount=" + c.count +
+                                              "\r\nStep=1 1 1 1\r\nValue=True\r\n2262mode=" +
+                                              c.mode2262 + "\r\nVersion=1.0\r\n");
+    EXPECT_EQ(AdvanceRollCode(host, c.enabled, p), c.advanced) << c.count;
+    EXPECT_EQ(GetValue(host, p, "Rolling Code", "Count"), c.stored);
+    EXPECT_EQ(host.MessageTexts(), c.messages) << c.count;
+    if (!c.enabled) {
+      EXPECT_TRUE(host.log.empty());
+    }
   }
-  std::string Count(const std::filesystem::path& p) {
-    return GetValue(host, p, "Rolling Code", "Count");
-  }
+  // A missing settings file is one message, and is not created.
   test::TempDir dir;
   test::RecordingHost host;
-};
-
-TEST_F(AdvanceRollCodeTest, StoresAndLogsTheSuccessor) {
-  const auto p = Settings("1 2 3 4", "0");
-  ASSERT_TRUE(AdvanceRollCode(host, true, p));
-  EXPECT_EQ(Count(p), "1 2 3 5");
-  EXPECT_EQ(host.log,
-            (std::vector<std::string>{"Rolling Code:1 2 3 4", "Next Rolling Code:1 2 3 5"}));
-  EXPECT_TRUE(host.messages.empty());
-}
-
-TEST_F(AdvanceRollCodeTest, Adjusts2262AfterTheSuccessor) {
-  const auto p = Settings("1 3 5 7", "1");
-  ASSERT_TRUE(AdvanceRollCode(host, true, p));
-  EXPECT_EQ(Count(p), "1 3 5 12");  // 7 + 1 = 8 = 0b1000 -> 0b1100
-}
-
-TEST_F(AdvanceRollCodeTest, DisabledDoesNothing) {
-  const auto p = Settings("1 2 3 4", "0");
-  EXPECT_TRUE(AdvanceRollCode(host, false, p));
-  EXPECT_EQ(Count(p), "1 2 3 4");
-  EXPECT_TRUE(host.log.empty());
-}
-
-TEST_F(AdvanceRollCodeTest, MissingFileIsOneMessage) {
   EXPECT_FALSE(AdvanceRollCode(host, true, dir / "none.ini"));
   EXPECT_EQ(host.messages.size(), 1u);
   EXPECT_TRUE(host.log.empty());
   EXPECT_FALSE(std::filesystem::exists(dir / "none.ini"));
-}
-
-TEST_F(AdvanceRollCodeTest, ExhaustedOrShortCodesAreNotStored) {
-  const std::pair<const char*, const char*> cases[] = {{"254 253 252 251", "4"}, {"1 2 3", "3"}};
-  for (const auto& [count, length] : cases) {
-    const auto p = Settings(count, "0", length);
-    host.messages.clear();
-    EXPECT_FALSE(AdvanceRollCode(host, true, p)) << count;
-    ASSERT_EQ(host.messages.size(), 1u);
-    EXPECT_EQ(Count(p), count);
-  }
 }
 
 }  // namespace

@@ -16,42 +16,6 @@ ChipParams Flash() {
   return MakeParams("QVM75P82", 0x7582, "7582", false, 0x7FF, 0x3FFF, 2, 0x3F);
 }
 
-// The answer bytes [1..n] of the commands that answer with a checked frame.
-TEST(SimWriterTest, CheckedAnswersCarryTheirLayoutAndChecksum) {
-  SimConfig config;
-  config.version = 4;
-  config.id = {0x11, 0x22, 0x33, 0x44};
-  config.writerType = 3;
-  config.marker = '!';
-  SimRig rig(Otp(), config);
-  struct Case {
-    const char* what;
-    Report packet;
-    std::vector<std::uint8_t> expected;  // [1] length .. [n-1], the checksum is checked apart
-  } cases[] = {
-      {"version", Packet(kGetVersion), {5, 0xA0, 4, kSimVersionHigh}},
-      {"identity", Packet(kGetId), {9, 0xA2, 0x11, 0x22, 0x33, 0x44, 3, '!'}},
-      {"stored sum before any", Packet(kCheckStoredSum), {5, 0xE1, 0, 0}},
-      {"rolling start before any",
-       Packet(kReadRollingStart),
-       {14, 0xE1, 0x69, 0xA5, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
-      {"rolling step before any", Packet(kReadRollingStep), {11, 0xE1, 0, 0, 0, 0, 0, 0, 0, 0}},
-      {"EEDATA info end", Packet(kStoreEeInfoEnd), {3, 0xE1}},
-      {"set ID", Packet(kSetId, {1, 2, 3, 4}), {3, 0xE1}},
-      {"identity after set", Packet(kGetId), {9, 0xA2, 1, 2, 3, 4, 3, '!'}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
-    auto a = rig.Exchange(c.packet);
-    ASSERT_TRUE(a.has_value());
-    EXPECT_EQ((*a)[0], 0) << "report ID";
-    EXPECT_TRUE(GoodFrame(*a));
-    std::vector<std::uint8_t> got(a->begin() + 1, a->begin() + 1 + c.expected.size());
-    EXPECT_EQ(got, c.expected);
-  }
-  EXPECT_EQ(rig.writer->State().id, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
-}
-
 TEST(SimWriterTest, SessionCodesAreNeverAnswered) {
   SimRig rig(Otp());
   for (std::uint8_t code : {kIdle, kEnd, kPassed, kFailed}) {
@@ -59,9 +23,9 @@ TEST(SimWriterTest, SessionCodesAreNeverAnswered) {
     Report r{};
     EXPECT_FALSE(rig.link->Receive(r, 100)) << std::hex << int(code);
   }
-  // Even a broken frame of those codes stays unanswered.
+  // Even a broken frame of those codes stays unanswered (its checksum is spoiled).
   Report broken = Packet(kEnd);
-  broken[4] ^= 1;
+  broken[3] ^= 1;
   ASSERT_TRUE(rig.link->Send(broken, 100));
   Report r{};
   EXPECT_FALSE(rig.link->Receive(r, 100));

@@ -39,7 +39,6 @@ class RecordingHost : public Host {
   void Progress(long value, long maximum) override {
     lastProgress = value;
     progressMaximum = maximum;
-    ++progressCalls;
   }
   void Status(int panel, const std::string& text) override {
     if (panel >= 0 && panel < 8) status[panel] = text;
@@ -60,7 +59,6 @@ class RecordingHost : public Host {
   std::string status[8];
   long lastProgress = 0;
   long progressMaximum = 0;
-  int progressCalls = 0;
 };
 
 }  // namespace lk::test

@@ -1,5 +1,5 @@
-// The key filters of the dialogs' text boxes, as the operator meets them: keys typed one
-// by one and the same text pasted give the same box.
+// The key filters of the dialogs' text boxes (the only test of their rules), as the
+// operator meets them: keys typed one by one and the same text pasted give the same box.
 #include <QClipboard>
 #include <QDialog>
 #include <QGuiApplication>
@@ -24,10 +24,12 @@ class KeyFilterTest : public QObject {
       const char* kept;
     };
     const Row rows[] = {
-        // A Space only between items: never first, never twice in a row.
-        {"mnuRollingCode", "FrmRoll", "TextAddress", " 7f g0 1  2Z-", "7f 0 1 2"},
-        {"mnuRollingCode", "FrmRoll", "TextCount", " 12 a 3  4F.", "12 3 4"},
-        {"mnuRollingCode", "FrmRoll", "TextLenth", "0a53", "3"},
+        // Hexadecimal digits of either case, decimal digits, lengths 1 to 4; a Space only
+        // between items: never first, never twice in a row.
+        {"mnuRollingCode", "FrmRoll", "TextAddress", " 7fF g0x 1  2Z-", "7fF 0 1 2"},
+        {"mnuRollingCode", "FrmRoll", "TextCount", " 12 a 3  4F.-", "12 3 4"},
+        {"mnuRollingCode", "FrmRoll", "TextLenth", "0a5 4", "4"},  // one character
+        {"mnuRollingCode", "FrmRoll", "TextLenth", "01", "1"},
         {"mnuWriterID", "frmID", "Text1", "12a-3 4+5", "12345"},
         // LK3PW89's last option is a four-bit field, typed in binary.
         {"mnuConfigset", "Frmconfig", "TextValue", "1021x1", "1011"},

@@ -126,11 +126,6 @@ inline void Tick(lk::ui::MainWindow& w) {
   QVERIFY(!ticked.isEmpty());
 }
 
-// Waits until nothing holds the writer's thread.
-inline bool WaitIdle(const lk::ui::MainWindow& w, int timeoutMs = 20000) {
-  return QTest::qWaitFor([&] { return w.WriterIdle(); }, timeoutMs);
-}
-
 // Closes the window; a tick still on the writer's thread delays the close until it ends.
 inline bool CloseWindow(lk::ui::MainWindow& w) {
   w.close();
