@@ -29,6 +29,13 @@ TEST(ConnectionMonitorTest, ArrivalSteadyTicksAndDeparture) {
   EXPECT_EQ(rig.host.log.size(), 2u);
   EXPECT_EQ(rig.simWriter->PacketCount(), packets);
 
+  // A writer made for the QVM50F96B/98B only says so on its arrival.
+  OpsRig dedicated("QVM75P89", {.writerType = 5});
+  ops::MonitorState fresh;
+  ops::MonitorTick(dedicated.host, *dedicated.writer, fresh, none);
+  EXPECT_EQ(dedicated.host.log.size(), 3u);
+  EXPECT_EQ(dedicated.host.log.back(), "QVM50F96B/98B专用烧录器！");
+
   // Gone: the list is cleared and says so, once.
   OpsRig later("QVM75P89", {.fault = "unplug@1"});
   ops::MonitorTick(later.host, *later.writer, state, none);

@@ -75,6 +75,7 @@ struct RigOptions {
   std::string fault = {};   // "KIND@N"
   std::string socketModel = {};  // the chip in the socket ("" = the rig's model)
   std::function<void(sim::SimChip&)> chip = {};  // changes to the chip before the run
+  std::uint8_t writerType = 6;   // the identity's writer type (below 6: a dedicated writer)
 };
 
 class OpsRig {
@@ -92,6 +93,7 @@ class OpsRig {
     sim::SimConfig config;
     config.version = options.version;
     config.busyAnswers = 2;
+    config.writerType = options.writerType;
     std::string error;
     const auto fault = sim::ParseFault(options.fault, error);
     EXPECT_TRUE(fault) << error;
