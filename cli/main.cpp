@@ -19,7 +19,15 @@ int main(int argc, char** argv) {
   CliOptions options;
   app.add_option("--home", options.home, "program folder (default $LKWRITER_HOME, else beside the binary)");
   app.add_option("--chip", options.chip, "chip model (default: McuType of dat/data.dat)");
-  app.add_option("--device", options.device, "usb | usb:PATH | sim")->capture_default_str();
+  app.add_option("--device", options.device, "usb | usb:PATH | sim")
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            return lk::ops::IsDeviceName(text)
+                       ? std::string()
+                       : "unknown device \"" + text + "\" (" + lk::ops::kDeviceNames + ")";
+          },
+          "DEVICE"))
+      ->capture_default_str();
   app.add_option("--sim-state", options.simState, "file keeping the simulated writer's state");
   app.add_option("--sim-chip", options.simChip, "model in the simulated writer's socket");
   app.add_option("--sim-version", options.simVersion, "simulated firmware version (low byte)")

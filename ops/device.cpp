@@ -26,6 +26,10 @@ class TracedBus : public WriterBus {
 
 }  // namespace
 
+bool IsDeviceName(const std::string& device) {
+  return device == "usb" || device == "sim" || (device.rfind("usb:", 0) == 0 && device.size() > 4);
+}
+
 bool IsSimulated(const DeviceOptions& options) { return options.device == "sim"; }
 
 std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const DeviceOptions& o,
@@ -45,7 +49,8 @@ std::unique_ptr<WriterBus> MakeDeviceBus(Host& host, const Home& home, const Dev
     bus = sim::MakeSimBus(host, home, config);
     if (!bus) return nullptr;  // the simulator has said why
   } else {
-    host.Message(Icon::Critical, "unknown device \"" + o.device + "\" (usb, usb:PATH or sim)",
+    host.Message(Icon::Critical,
+                 "unknown device \"" + o.device + "\" (" + std::string(kDeviceNames) + ")",
                  kAppTitle);
     return nullptr;
   }

@@ -33,6 +33,12 @@ struct DeviceOptions {
   std::string trace;           // file receiving every report as a hex line
 };
 
+// True when `device` names a writer both programs know: usb, usb:PATH or sim. Checked
+// when the options are read, so a misspelt device fails every command, not only those
+// that reach for the writer.
+bool IsDeviceName(const std::string& device);
+inline constexpr const char* kDeviceNames = "usb, usb:PATH or sim";
+
 // True when the options select the simulated writer.
 bool IsSimulated(const DeviceOptions& options);
 

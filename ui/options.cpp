@@ -52,6 +52,12 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
   bool timeoutOk = false;
   o.device.simVersion = parser.value(simVersion).toInt(&versionOk);
   const int ms = parser.value(timeout).toInt(&timeoutOk);
+  if (!ops::IsDeviceName(o.device.device)) {
+    std::fprintf(stderr, "error: --device: unknown device \"%s\" (%s)\n", o.device.device.c_str(),
+                 ops::kDeviceNames);
+    *exitCode = 2;
+    return std::nullopt;
+  }
   if (!versionOk || o.device.simVersion < 0 || o.device.simVersion > ops::kMaxSimVersion) {
     std::fprintf(stderr, "error: --sim-version: a number 0..%d\n", ops::kMaxSimVersion);
     *exitCode = 2;

@@ -68,6 +68,7 @@ TEST_F(CliChipTest, ContractOfFailures) {
       {"--device usb:/nonexistent program " + Path("examples/qvm50p99.lkx"), 3,
        "The Writer for \"QVM50P99\" not Found!\n", ""},
       {"--device sim --chip NOPE blank", 2, "", "unknown chip model"},
+      {"--device bogus chips", 2, "", "unknown device \"bogus\""},
       {"--device sim program " + Path("missing.hex"), 2, "", "Not Found!"},
       {"--device sim --chip QVM50P99 program " + Path("notes.txt"), 2, "", "not a program image"},
       {"--device sim id-set 12a", 2, "", "not a writer identifier"},
