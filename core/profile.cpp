@@ -157,11 +157,12 @@ std::optional<ProfileText> ProfileText::Load(const std::filesystem::path& path,
   return ProfileText(DecodeText(bytes, DetectEncoding(bytes)));
 }
 
-std::optional<ProfileText> ProfileText::Read(Host& host, const std::filesystem::path& path) {
+std::optional<ProfileText> ProfileText::Read(Host& host, const std::filesystem::path& path,
+                                             int values) {
   ReadOutcome outcome;
   std::optional<ProfileText> profile = Load(path, outcome);
   if (outcome.NoFile()) {
-    ShowFileMessage(host, 1, path);
+    for (int i = 0; i < values; ++i) ShowFileMessage(host, 1, path);
   } else if (!outcome.Ok()) {
     host.FileUnreadable(CannotReadText(path, outcome));
   }
@@ -241,7 +242,9 @@ bool WriteValues(Host& host, const std::filesystem::path& path, const std::strin
   std::string bytes;
   const ReadOutcome read = ReadRegularFile(path, kMaxDataFileBytes, bytes);
   if (read.NoFile()) {
-    host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      host.Message(Icon::Critical, path.string() + " not found.", "File Not Found");
+    }
     return false;
   }
   if (!read.Ok()) {

@@ -40,8 +40,11 @@ class ProfileText {
   static std::optional<ProfileText> Load(const std::filesystem::path& path, ReadOutcome& outcome);
   // Reads and decodes path. A missing file (or a folder) shows "File: "…" Not Found!",
   // a file that cannot be read (a FIFO, a device, too large, refused by the system) a
-  // message naming the path and why; both give nothing.
-  static std::optional<ProfileText> Read(Host& host, const std::filesystem::path& path);
+  // message naming the path and why; both give nothing. `values` is how many values the
+  // caller takes from this one reading: a missing file is reported once for each, as if
+  // each had been read on its own (the user sees the messages the file's readers give).
+  static std::optional<ProfileText> Read(Host& host, const std::filesystem::path& path,
+                                         int values = 1);
 
   ProfileList Sections() const;
   ProfileList SectionLines(const std::string& section) const;
@@ -76,7 +79,8 @@ bool WriteValue(Host& host, const std::filesystem::path& path, const std::string
                 const std::string& key, const std::string& value);
 
 // Several values of one section in a single atomic rewrite, each with the semantics of
-// WriteValue (applied in order). An unchanged file is not rewritten.
+// WriteValue (applied in order; a missing file says so once for each value). An
+// unchanged file is not rewritten.
 bool WriteValues(Host& host, const std::filesystem::path& path, const std::string& section,
                  const std::vector<std::pair<std::string, std::string>>& entries);
 

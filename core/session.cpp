@@ -20,7 +20,7 @@ float NumberOf(const std::optional<ProfileText>& frm, const std::string& window,
 }  // namespace
 
 WindowGeometry ReadGeometry(Host& host, const Home& home, const std::string& window) {
-  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat(), 4);
   return {NumberOf(frm, window, "Left"), NumberOf(frm, window, "Top"),
           NumberOf(frm, window, "Width"), NumberOf(frm, window, "Height")};
 }
@@ -35,7 +35,7 @@ bool WriteGeometry(Host& host, const Home& home, const std::string& window,
 }
 
 ColumnWidths ReadConfigColumns(Host& host, const Home& home) {
-  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat());
+  const std::optional<ProfileText> frm = ProfileText::Read(host, home.FrmDat(), 2);
   return {NumberOf(frm, "FrmConfigDisp", "CHeader1"), NumberOf(frm, "FrmConfigDisp", "CHeader2")};
 }
 
@@ -46,7 +46,8 @@ bool WriteConfigColumns(Host& host, const Home& home, const ColumnWidths& widths
 
 std::array<std::string, 5> ReadRecentFiles(Host& host, const Home& home) {
   std::array<std::string, 5> files;
-  const std::optional<ProfileText> data = ProfileText::Read(host, home.DataDat());
+  const std::optional<ProfileText> data =
+      ProfileText::Read(host, home.DataDat(), static_cast<int>(files.size()));
   if (!data) return files;
   for (std::size_t i = 0; i < files.size(); ++i) {
     files[i] = data->Value("RecentFile", "File" + std::to_string(i));

@@ -102,12 +102,16 @@ TEST(SessionMissingFilesTest, MessagesAndDefaults) {
   EXPECT_EQ(ReadMcuType(host, home), "");
   EXPECT_EQ(ReadRecentFiles(host, home), Recent{});
   EXPECT_EQ(ReadGeometry(host, home, "FrmMain").Width, 0);
-  EXPECT_EQ(host.messages.size(), 3u);  // one per read: each reads its file once
+  // One message per value, as if each were read on its own: 1 + 5 + 4.
+  EXPECT_EQ(host.messages.size(), 10u);
   host.messages.clear();
   EXPECT_FALSE(WriteMcuType(host, home, "A"));
   ASSERT_EQ(host.messages.size(), 1u);
   EXPECT_EQ(host.messages[0].text, home.DataDat().string() + " not found.");
   EXPECT_EQ(host.messages[0].caption, "File Not Found");
+  EXPECT_FALSE(WriteRecentFiles(host, home, Recent{}));
+  EXPECT_EQ(host.messages.size(), 1u + 5u);
+  EXPECT_FALSE(std::filesystem::exists(home.DataDat()));
   // No database at all: the empty record.
   EXPECT_FALSE(LoadStartupChip(host, home, "A").Loaded());
 }
