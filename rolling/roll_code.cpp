@@ -34,8 +34,9 @@ std::size_t PlacedByteCount(const RollSettings& settings) {
 
 bool CheckRollCode(Host& host, const std::vector<std::int32_t>& bytes) {
   if (!IsFourBytes(bytes)) return false;
+  // Only the settings dialog checks codes: its messages carry its title.
   auto refuse = [&host](const char* text) {
-    host.Message(Icon::Information, text, kAppTitle);
+    host.Message(Icon::Information, text, kRollErrorTitle);
     return false;
   };
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -146,28 +147,19 @@ std::vector<std::int32_t> RollCodeAddresses(const RollSettings& settings) {
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
                      RollAdvance* advance) {
   if (!enabled) return true;
-  std::error_code ec;
-  if (!std::filesystem::is_regular_file(settingsFile, ec)) {
-    ShowFileMessage(host, 1, settingsFile);  // once, and no code lines in the log
-    return false;
-  }
   const RollSettings settings = ReadRollSettings(host, settingsFile);
   std::vector<std::int32_t> code = settings.Counts;
   host.Log("Rolling Code:" + RollCodeText(code));
   if (advance != nullptr) advance->Used = RollCodeText(code);
-  if (!NextRollCode(code)) {
+  // A code of another length than four is left as it is, and still stored and logged.
+  if (IsFourBytes(code) && !NextRollCode(code)) {
     const bool inRange =
         std::all_of(code.begin(), code.end(), [](std::int32_t v) { return v >= 0 && v <= 0xFF; });
-    std::string why;
-    if (!IsFourBytes(code)) {
-      why = "Rolling Code must be 4 bytes long!";
-    } else if (!inRange) {
-      why = "Rolling Code " + RollCodeText(code) + " is not a valid code!";
-    } else {
-      why =
-          "Rolling Code " + RollCodeText(code) + " has no successor: the code space is exhausted!";
-    }
-    host.Message(Icon::Information, why, kAppTitle);
+    host.Message(Icon::Information,
+                 inRange ? "Rolling Code " + RollCodeText(code) +
+                               " has no successor: the code space is exhausted!"
+                         : "Rolling Code " + RollCodeText(code) + " is not a valid code!",
+                 kAppTitle);
     return false;
   }
   if (settings.Mode2262) Adjust2262(code);

@@ -17,7 +17,8 @@ namespace lk {
 inline constexpr int kRollCodeLength = 4;
 
 // The code rules; shows the first violated rule's message and returns false.
-// Codes that are not four bytes long fail without a message.
+// Codes that are not four bytes long fail without a message. The caption is the
+// dialog's ("Error"): the dialog is the only caller.
 bool CheckRollCode(Host& host, const std::vector<std::int32_t>& bytes);
 
 // The successor of a four-byte code, in place: byte 0 plus one, then the repair
@@ -55,11 +56,12 @@ struct RollAdvance {
 };
 
 // After a successful program: logs "Rolling Code:", stores the successor (2262-
-// adjusted when that mode is on) under "Count" and logs "Next Rolling Code:". Does
-// nothing and returns true when the feature is off. Returns false when nothing could
-// be advanced: exhausted code space or a code that is not four valid bytes (a message
-// says which; nothing is stored), a missing settings file or a write error. The codes
-// go to `advance` when given (Next stays empty when nothing was stored).
+// adjusted when that mode is on) under "Count" and logs "Next Rolling Code:". A code
+// of another length is not advanced: it is stored and logged as it is. Does nothing and
+// returns true when the feature is off. Returns false when nothing could be stored:
+// exhausted code space or a four-byte code with a byte outside 0..255 (a message says
+// which), a missing settings file (its messages) or a write error. The codes go to
+// `advance` when given (Next stays empty when nothing was stored).
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
                      RollAdvance* advance = nullptr);
 

@@ -11,7 +11,6 @@
 namespace lk {
 namespace {
 
-constexpr const char* kErrorCaption = "Error";
 
 // Splits at every single space the way the settings were always split: "" has no
 // items, "1  2" has an empty middle item, a trailing space gives an empty last item.
@@ -120,8 +119,8 @@ RollSettings SettingsFrom(const ProfileText& file) {
 }  // namespace
 
 RollSettings ReadRollSettings(Host& host, const std::filesystem::path& settingsFile) {
-  // Read once for every key: one message for a missing file rather than one per key.
-  const std::optional<ProfileText> file = ProfileText::Read(host, settingsFile);
+  // Read once for all seven keys; a missing file is still reported once per key.
+  const std::optional<ProfileText> file = ProfileText::Read(host, settingsFile, 7);
   return file ? SettingsFrom(*file) : RollSettings{};
 }
 
@@ -171,7 +170,7 @@ bool AcceptLengthKey(char key) {
 RollOkResult ApplyRollDialog(Host& host, const RollDialogInput& input,
                              const std::filesystem::path& settingsFile) {
   auto refuse = [&host](const std::string& text) {
-    host.Message(Icon::Information, text, kErrorCaption);
+    host.Message(Icon::Information, text, kRollErrorTitle);
     return RollOkResult::Refused;
   };
 

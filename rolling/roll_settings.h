@@ -11,6 +11,9 @@
 
 namespace lk {
 
+// The caption of every message of the settings dialog's checks (the code rules too).
+inline constexpr const char* kRollErrorTitle = "Error";
+
 // The section of the settings file that holds every key.
 inline constexpr const char* kRollSection = "Rolling Code";
 

@@ -66,7 +66,7 @@ TEST(CheckRollCode, RulesApplyInOrderWithTheirMessages) {
     if (c.message) {
       ASSERT_EQ(host.messages.size(), 1u) << RollCodeText(c.code);
       EXPECT_EQ(host.messages[0].text, c.message);
-      EXPECT_EQ(host.messages[0].caption, kAppTitle);
+      EXPECT_EQ(host.messages[0].caption, kRollErrorTitle);
       EXPECT_EQ(host.messages[0].icon, Icon::Information);
     } else {
       EXPECT_TRUE(host.messages.empty()) << RollCodeText(c.code);
@@ -178,12 +178,16 @@ TEST(AdvanceRollCode, StoresOnlyALegalSuccessor) {
     bool enabled, advanced;
     const char* stored;
     std::vector<std::string> messages;
+    std::vector<std::string> log;
   } cases[] = {
-      {"1 3 5 7", "1", "4", true, true, "1 3 5 12", {}},  // 7 + 1 = 0b1000 -> 0b1100
-      {"1 2 3 4", "0", "4", false, true, "1 2 3 4", {}},  // the feature is off: nothing
+      {"1 3 5 7", "1", "4", true, true, "1 3 5 12", {},  // 7 + 1 = 0b1000 -> 0b1100
+       {"Rolling Code:1 3 5 7", "Next Rolling Code:1 3 5 12"}},
+      {"1 2 3 4", "0", "4", false, true, "1 2 3 4", {}, {}},  // the feature is off: nothing
       {"254 253 252 251", "0", "4", true, false, "254 253 252 251",
-       {"Rolling Code 254 253 252 251 has no successor: the code space is exhausted!"}},
-      {"1 2 3", "0", "3", true, false, "1 2 3", {"Rolling Code must be 4 bytes long!"}},
+       {"Rolling Code 254 253 252 251 has no successor: the code space is exhausted!"},
+       {"Rolling Code:254 253 252 251"}},
+      // Another length is never advanced: stored and logged as it is.
+      {"1 2 3", "0", "3", true, true, "1 2 3", {}, {"Rolling Code:1 2 3", "Next Rolling Code:1 2 3"}},
   };
   for (const auto& c : cases) {
     test::TempDir dir;
@@ -195,16 +199,15 @@ TEST(AdvanceRollCode, StoresOnlyALegalSuccessor) {
     EXPECT_EQ(AdvanceRollCode(host, c.enabled, p), c.advanced) << c.count;
     EXPECT_EQ(GetValue(host, p, "Rolling Code", "Count"), c.stored);
     EXPECT_EQ(host.MessageTexts(), c.messages) << c.count;
-    if (!c.enabled) {
-      EXPECT_TRUE(host.log.empty());
-    }
+    EXPECT_EQ(host.log, c.log) << c.count;
   }
-  // A missing settings file is one message, and is not created.
+  // A missing settings file: a message per key read (seven) and the one of the refused
+  // write; the file is not created and no next code is claimed.
   test::TempDir dir;
   test::RecordingHost host;
   EXPECT_FALSE(AdvanceRollCode(host, true, dir / "none.ini"));
-  EXPECT_EQ(host.messages.size(), 1u);
-  EXPECT_TRUE(host.log.empty());
+  EXPECT_EQ(host.messages.size(), 7u + 1u);
+  EXPECT_EQ(host.log, std::vector<std::string>{"Rolling Code:"});
   EXPECT_FALSE(std::filesystem::exists(dir / "none.ini"));
 }
 
