@@ -60,6 +60,8 @@ Fault CheckChipType(Writer& writer, const ChipParams& chip, Target target) {
     f = writer.ExpectAnswer(proto::kAnswerOk, answer);
   }
   if (f == Fault::None) return f;
+  // Every refused parameter block is shown to the user at once, whoever sent it.
+  writer.Notice(Fault::ChipType);
   return writer.Fail(Fault::ChipType, FaultText(f));
 }
 

@@ -46,6 +46,8 @@ Result<OutgoingRom> BuildRomWords(Writer& writer, const ChipParams& chip, const 
       const std::uint16_t w7 = (*words)[7];
       if (testWords) {
         if ((w7 >> 8) != testWords->mark) {
+          // The message first, then the parameter block again, and nothing is programmed.
+          writer.Notice(Fault::TestContent);
           (void)CheckChipType(writer, chip);
           return writer.Fail(Fault::TestContent, "configuration word 7 is " + Hex4(w7));
         }
@@ -58,7 +60,9 @@ Result<OutgoingRom> BuildRomWords(Writer& writer, const ChipParams& chip, const 
           p[last - 1] = w7;
           p[last] = w7 ^ chip.HexMcu;
         }
-        if (Fault f = CheckChipType(writer, chip); f != Fault::None) return f;
+        // The parameter block again; a refusal is shown (a notice) but does not stop the
+        // program: the packets that follow meet the writer's own answer.
+        (void)CheckChipType(writer, chip);
       }
     }
     // The rolling code goes into the outgoing copy only; the image keeps its words.

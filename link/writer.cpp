@@ -99,6 +99,10 @@ Fault Writer::SendFramed(std::vector<std::uint8_t> body) {
 Fault Writer::ExpectAnswer(std::uint8_t code, Report& answer) {
   if (Fault f = ReceiveReport(answer); f != Fault::None) return f;
   if (!CheckAnswer(answer)) return Fail(Fault::BadFrame, "answer frame");
+  return ExpectCode(code, answer);
+}
+
+Fault Writer::ExpectCode(std::uint8_t code, const Report& answer) {
   if (answer[2] != code) {
     char detail[48];
     std::snprintf(detail, sizeof detail, "answer code 0x%02X where 0x%02X was due", answer[2], code);
@@ -127,6 +131,10 @@ void Writer::Diagnostic(const std::string& line) const {
 
 void Writer::Progress(long value, long maximum) const {
   if (progress_) progress_(value, maximum);
+}
+
+void Writer::Notice(Fault fault) const {
+  if (notice_) notice_(fault);
 }
 
 Fault Writer::Fail(Fault fault, const std::string& detail) {

@@ -30,6 +30,7 @@ class Writer {
 
   using LineSink = std::function<void(const std::string&)>;
   using ProgressSink = std::function<void(long value, long maximum)>;
+  using NoticeSink = std::function<void(Fault)>;
   using Waiter = std::function<void(int ms)>;
 
   explicit Writer(std::unique_ptr<WriterBus> bus);
@@ -69,8 +70,10 @@ class Writer {
   Fault SendShort(std::uint8_t code);
   // `body` with its checksum appended (its length byte must already count it).
   Fault SendFramed(std::vector<std::uint8_t> body);
-  // Sends, then expects a checked answer whose code is `code`.
+  // Reads an answer and expects it checked (length and checksum) with code `code`.
   Fault ExpectAnswer(std::uint8_t code, Report& answer);
+  // Refused unless the answer's code is `code`; its frame is not looked at.
+  Fault ExpectCode(std::uint8_t code, const Report& answer);
   // SendFramed(body), then a checked answer with code 0xE1.
   Fault ExchangeOk(std::vector<std::uint8_t> body);
 
@@ -92,8 +95,13 @@ class Writer {
   // --- what the session tells its owner ------------------------------------------------
   void SetDiagnosticSink(LineSink sink) { diagnostic_ = std::move(sink); }
   void SetProgressSink(ProgressSink sink) { progress_ = std::move(sink); }
+  // A notice is a fault the user is told about the moment it happens, in the middle of
+  // a step that may go on (the writer refused the chip parameter block: Fault::ChipType;
+  // the chip lacks its factory test words: Fault::TestContent). The owner shows it.
+  void SetNoticeSink(NoticeSink sink) { notice_ = std::move(sink); }
   void Diagnostic(const std::string& line) const;
   void Progress(long value, long maximum) const;
+  void Notice(Fault fault) const;
 
   // Records a fault of the step that just failed (with a detail for the diagnostic log)
   // and returns it, so that `return Fail(...)` ends a step.
@@ -115,6 +123,7 @@ class Writer {
   const std::atomic<bool>* stop_ = nullptr;
   LineSink diagnostic_;
   ProgressSink progress_;
+  NoticeSink notice_;
   Fault lastFault_ = Fault::None;
   std::string lastDetail_;
 };

@@ -9,6 +9,15 @@ namespace lk::ops {
 void AttachHost(Writer& writer, Host& host) {
   writer.SetDiagnosticSink([&host](const std::string& line) { host.Diagnostic(line); });
   writer.SetProgressSink([&host](long value, long maximum) { host.Progress(value, maximum); });
+  writer.SetNoticeSink([&host](Fault fault) {
+    if (fault == Fault::ChipType) {
+      host.Message(Icon::Information, "芯片型号错误！", kAppTitle);
+    } else if (fault == Fault::TestContent) {
+      host.Message(Icon::Information,
+                   "未检测到芯片应有的测试内容，请确认芯片型号是否正确以及芯片是否经过最新的测试！",
+                   kAppTitle);
+    }
+  });
 }
 
 std::string WriterNotFoundLine(const std::string& model, bool quoted) {
@@ -17,21 +26,12 @@ std::string WriterNotFoundLine(const std::string& model, bool quoted) {
 }
 
 bool ChipTypeAccepted(Station& st, Target target) {
-  if (CheckChipType(st.writer, st.project.Chip, target) == Fault::None) return true;
-  st.host.Message(Icon::Information, "芯片型号错误！", kAppTitle);
-  return false;
+  // A refusal has been shown as the writer's notice.
+  return CheckChipType(st.writer, st.project.Chip, target) == Fault::None;
 }
 
 void ShowStepMessage(Station& st, Fault fault) {
   switch (fault) {
-    case Fault::ChipType:
-      st.host.Message(Icon::Information, "芯片型号错误！", kAppTitle);
-      break;
-    case Fault::TestContent:
-      st.host.Message(Icon::Information,
-                      "未检测到芯片应有的测试内容，请确认芯片型号是否正确以及芯片是否经过最新的测试！",
-                      kAppTitle);
-      break;
     case Fault::RollAddress:
       if (const auto settings = RollingSettingsFor(st)) {
         const auto words = static_cast<std::size_t>(std::max(st.project.Chip.RomSize + 1, 0));

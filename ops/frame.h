@@ -39,11 +39,12 @@ bool CheckAndPrepareChip(Station& st);
 void HoldWindow(Station& st);
 void ReleaseWindow(Station& st);
 
-// CheckChipType with the message box the check shows when the writer refuses the chip.
+// CheckChipType; a refusal shows its message box through the writer's notice.
 bool ChipTypeAccepted(Station& st, Target target);
 
-// The message box a failed program or verify step owes the user, if any: the refused
-// chip, the missing factory test words, a rolling-code address outside the program.
+// The message box a failed program or verify step still owes the user, if any: a
+// rolling-code address outside the program (the refused chip and the missing factory
+// test words were shown as the writer's notices when they happened).
 void ShowStepMessage(Station& st, Fault fault);
 
 // The rolling-code settings the program and verify steps place, when the project's

@@ -76,7 +76,8 @@ struct CommandResult {
   std::string NextRollingCode;
 };
 
-// Routes the session's diagnostics and progress to the host.
+// Routes the session's diagnostics, progress and notices (the message boxes of a refused
+// chip and of missing factory test words) to the host.
 void AttachHost(Writer& writer, Host& host);
 
 }  // namespace lk::ops

@@ -50,6 +50,29 @@ TEST(EedataCommandsTest, ReadCoversTheWholeEedataAndVerifyNamesTheByte) {
   EXPECT_EQ(result.Address, "eedata(69)");
   EXPECT_EQ(result.FileData, "00CF");
   EXPECT_EQ(result.ChipData, "0001");
+
+  // Reads go out while the address is below EeSize: for 64 one packet, and byte 64 is 0.
+  WriterFixture g;
+  g.memory.ee.assign(65, 0x5A);
+  const auto edge = ReadEedata(g.writer, EeChip(64));
+  ASSERT_TRUE(edge);
+  EXPECT_EQ(g.wire->sent.size(), 1u);
+  ASSERT_EQ(edge->size(), 65u);
+  EXPECT_EQ((*edge)[63], 0x5A);
+  EXPECT_EQ((*edge)[64], 0);
+}
+
+TEST(EedataCommandsTest, PrepareLooksAtTheAnswerCodeOnly) {
+  Report badSum = Checked(0xE1);
+  badSum[3] ^= 0xFF;
+  const std::pair<std::optional<Report>, Fault> answers[] = {
+      {badSum, Fault::None}, {Checked(0xE2), Fault::Refused}, {std::nullopt, Fault::Timeout}};
+  for (const auto& [answer, fault] : answers) {
+    WriterFixture f;
+    f.wire->script = {answer};
+    EXPECT_EQ(PrepareEedata(f.writer), fault);
+    EXPECT_EQ(f.wire->Packet(0), (Bytes{3, 0xB2, 0xB5}));
+  }
 }
 
 }  // namespace

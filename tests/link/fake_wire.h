@@ -170,12 +170,14 @@ struct WriterFixture {
   Writer writer{std::make_unique<FakeBus>(wire)};
   FakeMemory memory;
   std::vector<int> waits;
+  std::vector<Fault> notices;
 
   explicit WriterFixture(std::uint32_t version = 3) {
     writer.WriterVersion = version;
     writer.SetWaiter([this](int ms) { waits.push_back(ms); });
     writer.SetDiagnosticSink([this](const std::string& line) { host.Diagnostic(line); });
     writer.SetProgressSink([this](long value, long maximum) { host.Progress(value, maximum); });
+    writer.SetNoticeSink([this](Fault fault) { notices.push_back(fault); });
     wire->responder = [this](const Report& r) {
       return memory.Answer(r, writer.FirstGeneration());
     };

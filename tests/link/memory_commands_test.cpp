@@ -74,16 +74,19 @@ TEST(ProgramRomTest, TestWordsOfTheFactory) {
     int romSize;
     std::uint16_t word7;
     int at;  // where word 7 goes; -1 = refused
+    bool blockRefused;  // the writer refuses the parameter block sent again
+    std::vector<Fault> notices;  // shown to the user as they happen, in this order
   };
   const Case cases[] = {
-      {"QVM50F96B", "5096", 0xFFF, 0x3412, 4093},
-      {"QVM50F98B", "5098", 0xFFF, 0x3400, 4093},
-      {"QVM50F96B", "5096", 0xFFF, 0x1512, -1},
-      {"QVM50P99", "5099", 0x7FF, 0x1577, 2045},
-      {"QVM50P99", "5099", 0x7FF, 0x3477, -1},
-      {"QVM20A23", "2023", 0x3FF, 0x0ABC, 0x3FE},
-      {"QVM34A4", "34A4", 0x7FF, 0x1234, 0x7FE},
-      {"LK467", "4670", 0x3FF, 0x0001, 0x3FE},
+      {"QVM50F96B", "5096", 0xFFF, 0x3412, 4093, false, {}},
+      {"QVM50F98B", "5098", 0xFFF, 0x3400, 4093, false, {}},
+      {"QVM50F96B", "5096", 0xFFF, 0x1512, -1, false, {Fault::TestContent}},
+      {"QVM50P99", "5099", 0x7FF, 0x1577, 2045, false, {}},
+      {"QVM50P99", "5099", 0x7FF, 0x3477, -1, true, {Fault::TestContent, Fault::ChipType}},
+      {"QVM20A23", "2023", 0x3FF, 0x0ABC, 0x3FE, false, {}},
+      {"QVM34A4", "34A4", 0x7FF, 0x1234, 0x7FE, false, {}},
+      // A refused block after the voltage-reference words is shown; programming goes on.
+      {"LK467", "4670", 0x3FF, 0x0001, 0x3FE, true, {Fault::ChipType}},
   };
   for (const Case& c : cases) {
     WriterFixture f;
@@ -91,8 +94,15 @@ TEST(ProgramRomTest, TestWordsOfTheFactory) {
     chip.Name = c.name;
     chip.Prod = c.prod;
     f.memory.config[7] = c.word7;
+    if (c.blockRefused) {
+      f.wire->responder = [&f](const Report& r) -> std::optional<Report> {
+        if (r[2] == proto::kChipType) return Checked(0xEE);
+        return f.memory.Answer(r, false);
+      };
+    }
     const Fault fault = ProgramRom(f.writer, chip, nullptr);
     const auto program = PacketsOf(*f.wire, 0xF3);
+    EXPECT_EQ(f.notices, c.notices) << c.name;
     if (c.at < 0) {
       EXPECT_EQ(fault, Fault::TestContent) << c.name;
       EXPECT_TRUE(program.empty());
