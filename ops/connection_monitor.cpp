@@ -51,8 +51,10 @@ TickResult MonitorTick(Host& host, Writer& writer, MonitorState& state, WatchedF
         host.Log(WriterIdLine(*facts.Id));
         if (facts.Dedicated) host.Log("QVM50F96B/98B专用烧录器！");
         FinishOperation(writer, true);
-        state.WriterConnected = true;
       }
+      // Connected even after a bad identity answer: polling is off then, and a command
+      // that restarts it does not announce the same writer again.
+      state.WriterConnected = true;
     }
   }
   writer.CloseWriter();

@@ -19,8 +19,8 @@ using EedataReport = std::function<void(const std::string& line)>;
 CommandResult WriteEedataToChip(Station& st, const EedataReport& report);
 
 // Reads the chip's EEDATA into the project and refreshes the EEDATA view:
-// "Read Eedata OK!" (or "Read Eedata Error!" when the writer stops answering; the image
-// is then left as it was).
+// "Read Eedata OK!", also when the writer stops answering during the read (the read is
+// not checked; the project's bytes are then left as they were).
 CommandResult ReadEedataFromChip(Station& st, const EedataReport& report);
 
 }  // namespace lk::ops

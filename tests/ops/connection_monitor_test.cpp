@@ -54,6 +54,7 @@ TEST(ConnectionMonitorTest, ABadIdentityStopsPolling) {
   EXPECT_EQ(rig.host.log, (Lines{"烧录器已经连接！版本号： v3.1"}));
   EXPECT_EQ(rig.host.MessageTexts(), (Lines{"读取错误！"}));
   EXPECT_FALSE(state.Polling);
+  EXPECT_TRUE(state.WriterConnected);  // a restarted monitor does not announce it again
 }
 
 TEST(ConnectionMonitorTest, FileChangedQuestion) {

@@ -35,6 +35,23 @@ TEST(EedataOperationsTest, WriteAndReadWithTheirReports) {
   EXPECT_EQ(read.lines, (Lines{"Read Eedata OK!"}));
   EXPECT_EQ(rig.project.Chip.EeBytes, rig.Chip().eedata);
   EXPECT_EQ(std::count(rig.ui.calls.begin(), rig.ui.calls.end(), "eedata"), 1);
+
+  // The read is not checked: a writer that falls silent still gives "OK", and the
+  // project's bytes stay as they were.
+  OpsRig dry("QVM50F77B");
+  dry.Connect();
+  Reports ignored;
+  ops::ReadEedataFromChip(dry.st(), ignored.sink());
+  const long firstRead = dry.PacketNumberOf(proto::kEeRead);
+  OpsRig silent("QVM50F77B", {.fault = "noanswer@" + std::to_string(firstRead)});
+  silent.Connect();
+  silent.FillImage();
+  const std::vector<std::uint8_t> before = silent.project.Chip.EeBytes;
+  Reports quiet;
+  EXPECT_EQ(ops::ReadEedataFromChip(silent.st(), quiet.sink()).Verdict, Outcome::Passed);
+  EXPECT_EQ(quiet.lines, (Lines{"Read Eedata OK!"}));
+  EXPECT_EQ(silent.project.Chip.EeBytes, before);
+  EXPECT_EQ(silent.Codes().back(), proto::kEnd);
 }
 
 TEST(EedataOperationsTest, FailuresAndTheirOrder) {
