@@ -150,9 +150,7 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   // The desktop program's connection monitor asks every writer it finds for its
   // version, which picks the protocol generation; a command line asks here.
   if (writer->FindWriter() && writer->OpenWriterHandles()) {
-    const ops::WriterFacts facts = ops::QueryWriter(*writer, host.Json());
-    record.Version = facts.Version;
-    record.Id = facts.Id;
+    record.Version = ops::QueryWriter(*writer, false).Version;
     writer->CloseWriter();
   }
 
@@ -161,6 +159,13 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   const ops::CommandResult result = command(st);
   writer->SetStopFlag(nullptr);
   std::signal(SIGINT, SIG_DFL);
+  // The record's writer ID is asked after the command, so that the command's packets
+  // (and a --sim-fault counting them) are the same with and without --json.
+  if (host.Json() && result.Verdict != ops::Outcome::NoWriter && writer->FindWriter() &&
+      writer->OpenWriterHandles()) {
+    record.Id = ops::QueryWriter(*writer, true).Id;
+    writer->CloseWriter();
+  }
   record.RollingCode = result.RollingCode;
   record.NextRollingCode = result.NextRollingCode;
   host.Flush();

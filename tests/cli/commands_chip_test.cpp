@@ -90,6 +90,12 @@ TEST_F(CliChipTest, ContractOfFailures) {
     EXPECT_EQ(r.out, c.out) << c.args;
     EXPECT_NE(r.err.find(c.err), std::string::npos) << c.args << "\n" << r.err;
   }
+  // --json sends nothing more before the command: the fault strikes the same packet (the
+  // chip parameter block) and the run fails as it does without it.
+  const CliResult json =
+      RunCli(dir.Path(), "--device sim --chip QVM50P99 --json --sim-fault badcode@2 blank");
+  EXPECT_EQ(json.exitCode, 1) << json.out;
+  EXPECT_NE(json.out.find("\"MCU Type Error!\""), std::string::npos) << json.out;
 }
 
 TEST_F(CliChipTest, RefusedFileNeverReachesTheWriter) {
