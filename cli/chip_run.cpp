@@ -121,10 +121,7 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   };
 
   Project& project = ctx.CurrentProject();
-  const CliOptions& o = ctx.Options();
-  if (o.chip && project.Chip.Name != *o.chip) {
-    return refuse("unknown chip model \"" + *o.chip + "\" (lkwriter-cli chips lists them)");
-  }
+  if (const std::string why = ctx.ChipOptionRefusal(); !why.empty()) return refuse(why);
   if (!project.Chip.Loaded()) return refuse("no chip model could be loaded");
   if (request.File) {
     if (loader) {

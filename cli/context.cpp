@@ -23,6 +23,11 @@ Project& CliContext::CurrentProject() {
   return *project_;
 }
 
+std::string CliContext::ChipOptionRefusal() {
+  if (!options_.chip || CurrentProject().Chip.Name == *options_.chip) return "";
+  return "unknown chip model \"" + *options_.chip + "\" (lkwriter-cli chips lists them)";
+}
+
 std::ostream* CliContext::TraceStream() {
   if (!trace_) {
     std::string error;

@@ -25,7 +25,10 @@ struct ChipParams {
   std::int16_t ConfigLength = 0;          // highest configuration word index, at most 3
   std::vector<std::uint8_t> EeBytes;      // 0..EeSize, empty without the EEDATA key
   std::int16_t EeSize = 0;                // highest EEDATA index; below 1 = no EEDATA
-  std::uint8_t EeFlag = kEeFlagAbsent;
+  // Empty in a fresh record, as every field is; a project file sets 0xA2 or 0xA0, the
+  // EEDATA window's OK too. Saved as it is (byte 128), so an image that never had a flag
+  // is saved with 0.
+  std::uint8_t EeFlag = 0;
   std::int32_t HexMcu = 0;  // blank word and word width mask
   std::int16_t Ins = 0;
   std::uint8_t Fst = 0;

@@ -39,7 +39,9 @@ bool StoreProject(Station& st) {
   if (CheckStoredSum(w, imageSum) != Fault::None) return false;
   ReturnToIdle(w);
   if (DownloadCarriesEedata(chip)) {
-    if (SendEedataInfo(w, chip.EeFlag, eeSum) != Fault::None) return false;
+    // The writer is told 0xA2 or 0xA0, never the empty flag of a fresh image.
+    const std::uint8_t flag = chip.EeFlag == kEeFlagPresent ? kEeFlagPresent : kEeFlagAbsent;
+    if (SendEedataInfo(w, flag, eeSum) != Fault::None) return false;
     if (EndEedataInfo(w) != Fault::None) return false;
     if (chip.EeFlag == kEeFlagPresent) {
       if (ProgramEedata(w, chip, Target::Store) != Fault::None) return false;

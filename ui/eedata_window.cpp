@@ -100,31 +100,14 @@ void EedataWindow::ShowText() {
   text_->setPlainText(text);
 }
 
-void EedataWindow::KeepProject() {
-  const ChipParams& chip = window_.CurrentProject().Chip;
-  savedBytes_ = chip.EeBytes;
-  savedFlag_ = chip.EeFlag;
-}
-
 void EedataWindow::ProjectReplaced() {
-  KeepProject();
-  autoProgram_->setChecked(savedFlag_ == kEeFlagPresent);
+  autoProgram_->setChecked(window_.CurrentProject().Chip.EeFlag == kEeFlagPresent);
   ShowText();
-}
-
-void EedataWindow::Dismiss() {
-  KeepProject();
-  QDialog::reject();
 }
 
 void EedataWindow::reject() {
   // A command of this window (or of the menu) works on the project until it ends.
   if (window_.CommandRunning()) return;
-  ChipParams& chip = window_.CurrentProject().Chip;
-  if (chip.EeBytes.size() == savedBytes_.size()) {
-    chip.EeBytes = savedBytes_;
-    chip.EeFlag = savedFlag_;
-  }
   QDialog::reject();
 }
 
@@ -134,8 +117,11 @@ void EedataWindow::ShowStatus(const QString& text) {
 }
 
 void EedataWindow::hideEvent(QHideEvent* event) {
-  timer1_.stop();
-  watch_.On = false;
+  // Closing ends the watch; minimising (a hide the window system sends) does not.
+  if (!event->spontaneous()) {
+    timer1_.stop();
+    watch_.On = false;
+  }
   QDialog::hideEvent(event);
 }
 
@@ -153,7 +139,6 @@ void EedataWindow::TakeText() {
   QString text = text_->toPlainText();
   text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
   ops::TakeEedataText(window_.CurrentProject().Chip, text.toStdString(), autoProgram_->isChecked());
-  KeepProject();
   accept();
 }
 

@@ -28,27 +28,24 @@ class EedataWindow : public QDialog {
 
   // The text built again from the project's EEDATA.
   void ShowText();
-  // What Cancel goes back to from now on: the project's EEDATA as it is now. Cancel
-  // takes back the window's own edits (the text taken, a file loaded, the flag) made
-  // since the window opened or a chip command last ended; what a command read or wrote
-  // stays, as it would after the same command from the menu.
-  void KeepProject();
-  // Another project or model under the window: its EEDATA shown and kept.
+  // Another project or model under the window: its EEDATA and flag shown.
   void ProjectReplaced();
-  // Closes the window and leaves the project as it is (the chip has no EEDATA).
-  void Dismiss();
   // A status text (the operations' lines and the buttons' texts).
   void ShowStatus(const QString& text);
 
   QString StatusText() const { return status_->text(); }
   bool Watching() const { return watch_.On; }
 
+  // CmdCancel and the window's close button (and a model without EEDATA): the window
+  // closes and the text not taken is dropped; what Command1 loaded is in the project
+  // already and stays.
+  void reject() override;
+
  signals:
   void statusShown(const QString& text);
 
  protected:
-  void reject() override;  // CmdCancel and the window's close button
-  void hideEvent(QHideEvent* event) override;  // the watch ends with the window
+  void hideEvent(QHideEvent* event) override;  // the watch ends when the window closes
 
  private:
   void LoadHexFile();          // Command1
@@ -58,9 +55,6 @@ class EedataWindow : public QDialog {
   void CaretMoved();
 
   MainWindow& window_;
-  // The project's EEDATA as Cancel puts it back.
-  std::vector<std::uint8_t> savedBytes_;
-  std::uint8_t savedFlag_ = 0;
   ops::EedataWatch watch_;
   bool tickPosted_ = false;
   QTimer timer1_;

@@ -568,7 +568,7 @@ void MainWindow::UpdateEedataMenus() {
     if (enabled) {
       eedata_->ProjectReplaced();
     } else {
-      eedata_->Dismiss();
+      eedata_->reject();
     }
   }
 }
@@ -923,8 +923,6 @@ void MainWindow::CommandEnded(const QString& name, const ops::CommandResult& res
   if (!timer1_.isActive()) timer1_.start();
   ResetProgress();
   results_->Ended(actions_[name]->text(), result.Verdict, Q(faultText));
-  // What a chip command read or wrote stays: the EEDATA window's Cancel goes back to it.
-  if (eedata_ && eedata_->isVisible()) eedata_->KeepProject();
   if (ended) ended(result);
   emit commandFinished(name, static_cast<int>(result.Verdict));
   AfterWriterJob();

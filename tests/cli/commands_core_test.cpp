@@ -70,7 +70,7 @@ TEST_F(CliCoreTest, ContractOutputs) {
 TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
   const char* kAlpha =
       "Name=ALPHA\nType=23041\nProd=1234\nArch=RISC14\nCrafts=OTP\nRomSize=2047\n"
-      "ConfigLength=1\nEeSize=15\nEeFlag=160\nHexMcu=16383\nIns=14\nFst=20\nVppMode=2\n"
+      "ConfigLength=1\nEeSize=15\nEeFlag=0\nHexMcu=16383\nIns=14\nFst=20\nVppMode=2\n"
       "VppProg=12.5\nVppErase=0.1\nVppRead=0\nVppKeep=0\nVppSel=-1\nErase0=0\nErase1=0\n"
       "EraseRom=0\nEraseConfig=0\nProgTime=0\nSpcAdd=0\nSpcDat=-32768\nProPin=1,2,3\n"
       "ChipInfo1=\nChipInfo2=\nBlankRom=16383\nBlankConfig=16383\nConfigWords=3FFF 0010\n";
@@ -82,10 +82,14 @@ TEST_F(CliCoreTest, ChipPrintsEveryFieldInDeclaredOrder) {
   r = RunCli(dir, "--chip BETA chip");
   EXPECT_EQ(r.out.rfind("Name=BETA\n", 0), 0u) << r.out;
   EXPECT_NE(r.out.find("\nConfigWords=FFFF\n"), std::string::npos) << r.out;
-  // An unknown selection falls back to the first listed model.
-  r = RunCli(dir, "--chip NOPE chip");
-  EXPECT_EQ(r.exitCode, 0) << r.err;
-  EXPECT_EQ(r.out.rfind("Name=BETA\n", 0), 0u) << r.out;
+  // A model the user typed is never replaced by the first listed one, as a stale
+  // "McuType" is: every command that uses the chip refuses it.
+  for (const char* command : {"chip", "options", "show x.hex", "convert x.hex y.lkx"}) {
+    r = RunCli(dir, std::string("--chip NOPE ") + command);
+    EXPECT_EQ(r.exitCode, 2) << command;
+    EXPECT_EQ(r.out, "") << command;
+    EXPECT_NE(r.err.find("unknown chip model \"NOPE\""), std::string::npos) << command << r.err;
+  }
 
   r = RunCli(dir, "--json chip ALPHA");
   ASSERT_EQ(r.exitCode, 0) << r.err;

@@ -35,6 +35,8 @@ TEST_F(ProjectFileTest, LayoutOfTheWrittenFile) {
   chip.EeFlag = kEeFlagAbsent;
   EXPECT_EQ(Build(chip).size(), 256u + 32u) << "no EEDATA tail without the flag";
   EXPECT_EQ(static_cast<std::uint8_t>(Build(chip)[128]), 0xA0);
+  // An image that never had a flag (a fresh record, a HEX file opened into it) says 0.
+  EXPECT_EQ(Build(Load("T16"))[128], '\0');
 }
 
 TEST_F(ProjectFileTest, SaveAndReadReturnTheSameImage) {

@@ -102,14 +102,16 @@ class EedataWindowTest : public QObject {
     QCOMPARE(std::vector<std::uint8_t>(chip.EeBytes.begin() + 2, chip.EeBytes.end()),
              std::vector<std::uint8_t>(opened.begin() + 2, opened.end()));
 
-    // Cancel puts back what the window found, a file loaded meanwhile included.
+    // Cancel drops the text not taken and the flag not set; a file loaded went into the
+    // project as it was read, and stays.
     window = OpenWindow(rig);
     rig.dialogs->files = {good};
     Press(window, "Command1");
+    TypeFirstByte(window, "34");
     Control<QCheckBox>(window, "Check1")->setChecked(false);
     Press(window, "CmdCancel");
     QVERIFY(!window->isVisible());
-    QCOMPARE(chip.EeBytes[0], 0x12);
+    QCOMPARE(chip.EeBytes[0], 0xAA);
     QCOMPARE(chip.EeFlag, lk::kEeFlagPresent);
 
     // Another model without EEDATA closes the window.
