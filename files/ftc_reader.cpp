@@ -1,6 +1,7 @@
 // FTC: seven bytes of model name (blank padded), four header bytes we do not use, then
 // the program area from offset 11, two bytes per word, low byte first. Only files made
 // for the 3PS86 part are accepted; they are loaded onto the selected model.
+#include <algorithm>
 #include <string>
 
 #include "core/chip_database.h"
@@ -13,8 +14,8 @@ bool ReadFtcFile(Host& host, const Home& home, ChipParams& chip,
                  const std::filesystem::path& path) {
   std::string bytes;
   if (!files::ReadImageFile(host, path, files::kMaxBinaryFileBytes, bytes)) return false;
-  if (bytes.size() < 7) return false;
-  std::string_view name(bytes.data(), 7);
+  // A file shorter than the name field names no model either.
+  std::string_view name(bytes.data(), std::min<std::size_t>(bytes.size(), 7));
   while (!name.empty() && name.front() == ' ') name.remove_prefix(1);
   while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
   if (name != "DW3PS86") {

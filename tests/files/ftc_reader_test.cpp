@@ -33,7 +33,9 @@ TEST_F(FtcReaderTest, OnlyThe3PS86NameIsAccepted) {
 
 TEST_F(FtcReaderTest, ShortFilesAreRefused) {
   ChipParams chip = Load("FT30D1");
+  // Shorter than the name field: no model named, so the 3PS86 message too.
   EXPECT_FALSE(ReadFtcFile(host, home, chip, dir.Write("b.ftc", "DW3PS")));
+  EXPECT_EQ(host.MessageTexts(), std::vector<std::string>{"Only for 3PS86 is Enabled!"});
   EXPECT_FALSE(ReadFtcFile(host, home, chip, dir.Write("c.ftc", MakeFtcImage(Pattern(15)))));
   EXPECT_TRUE(ReadFtcFile(host, home, chip, dir.Write("d.ftc", MakeFtcImage(Pattern(17)))));
 }
