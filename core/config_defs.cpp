@@ -95,7 +95,10 @@ ConfigOption MakeOption(std::string_view name, const std::vector<std::string_vie
 std::string CurrentChoice(const ProfileList& lines, const std::vector<std::int32_t>& words) {
   std::string current;
   for (std::size_t i = 2; i < lines.size(); ++i) {
-    const auto items = ParseItems(ProfileValue(lines[i]), true, words.size());
+    // A choice with no items at all matches every word (its condition holds vacuously).
+    const std::string itemText = ProfileValue(lines[i]);
+    const auto items = itemText.empty() ? std::optional<std::vector<BitItem>>(std::in_place)
+                                        : ParseItems(itemText, true, words.size());
     if (!items) continue;
     bool match = true;
     for (const BitItem& item : *items) {

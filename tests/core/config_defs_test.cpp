@@ -30,9 +30,11 @@ TEST(ConfigDefsTest, CurrentChoiceLastMatchWins) {
 }
 
 TEST(ConfigDefsTest, UnparsableOrOutOfRangeChoicesNeverMatch) {
-  const ProfileList lines{"",      "LENTH=1", "A=0,x,1", "B=1,0,1", "C=0,16,1",
-                          "D=0,0", "E=",      "F=0,0,2", "G=-1,0,1"};
+  const ProfileList lines{"", "LENTH=1", "A=0,x,1", "B=1,0,1", "C=0,16,1",
+                          "D=0,0", "F=0,0,2", "G=-1,0,1"};
   EXPECT_EQ(CurrentChoice(lines, {0xFFFF}), "");
+  // A choice with no items at all matches every word.
+  EXPECT_EQ(CurrentChoice({"", "LENTH=1", "E=", "A=0,x,1"}, {0x1234}), "E");
 }
 
 TEST(ConfigDefsTest, FieldBinaryMsbFirst) {
