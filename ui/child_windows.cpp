@@ -1,15 +1,48 @@
 #include "ui/child_windows.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QFontDatabase>
 #include <QHeaderView>
+#include <QMdiSubWindow>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
 namespace lk::ui {
+namespace {
+
+// Qt's own interface names an MDI child window by its caption, whatever its accessible
+// name; the generic one honours the name (and gives the caption as the description).
+QAccessibleInterface* SubWindowByName(const QString& className, QObject* object) {
+  if (className != QLatin1String("QMdiSubWindow") || !object->isWidgetType()) return nullptr;
+  return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Window);
+}
+
+}  // namespace
 
 void Name(QObject* object, const QString& name) {
   object->setObjectName(name);
-  if (auto* widget = qobject_cast<QWidget*>(object)) widget->setAccessibleName(name);
+  auto* widget = qobject_cast<QWidget*>(object);
+  if (widget == nullptr) return;
+  widget->setAccessibleName(name);
+  // The name finds the control; what it shows (a window's caption, a panel's text) is
+  // read as its description.
+  QObject::connect(widget, &QWidget::windowTitleChanged, widget,
+                   [widget](const QString& title) { widget->setAccessibleDescription(title); });
+  if (qobject_cast<QMdiSubWindow*>(widget) != nullptr) {
+    static const bool installed = (QAccessible::installFactory(&SubWindowByName), true);
+    (void)installed;
+  }
+}
+
+void ShowText(QLabel* label, const QString& text) {
+  label->setText(text);
+  label->setAccessibleDescription(text);
+}
+
+void ShowText(QAbstractButton* button, const QString& text) {
+  button->setText(text);
+  button->setAccessibleDescription(text);
 }
 
 QFont MonospaceFont() {
@@ -80,10 +113,10 @@ void DocWindow::SetEditable(bool editable) {
 }
 
 void DocWindow::SetChecksum(const std::string& text) {
-  checksum_->setText(QString::fromStdString(text));
+  ShowText(checksum_, QString::fromStdString(text));
 }
 
-void DocWindow::SetInfo(const QString& text) { info_->setText(text); }
+void DocWindow::SetInfo(const QString& text) { ShowText(info_, text); }
 
 ConfigWindow::ConfigWindow(QWidget* parent) : QWidget(parent) {
   QVBoxLayout* layout = BareLayout(this);

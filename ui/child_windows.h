@@ -3,6 +3,7 @@
 // they are given; the main window decides what that is.
 #pragma once
 
+#include <QAbstractButton>
 #include <QLabel>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -17,8 +18,13 @@
 namespace lk::ui {
 
 // Gives a widget its name as object name and as accessible name, so that tests and
-// screen readers (AT-SPI) find it by the same name.
+// screen readers (AT-SPI) find it by the same name; its caption, when it has one, is its
+// accessible description.
 void Name(QObject* object, const QString& name);
+// Shows text on a named label or button and gives it as the accessible description (the
+// accessible name being the control's name).
+void ShowText(QLabel* label, const QString& text);
+void ShowText(QAbstractButton* button, const QString& text);
 
 // The program words as text, eight to a line, in a monospace view that the operator may
 // edit only while the modify mode allows it; its status bar has the checksum panel and

@@ -364,7 +364,7 @@ void MainWindow::BuildToolbar() {
     const QString key = def.key;
     Name(button, key);
     button->setProperty("key", key);
-    button->setText(QString::fromUtf8(def.text));
+    ShowText(button, QString::fromUtf8(def.text));
     button->setIcon(ToolbarIcon(style()->standardIcon(def.icon), toolbar_->iconSize(),
                                 devicePixelRatio()));
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
@@ -424,7 +424,7 @@ void MainWindow::BuildStatusBar() {
     bar->addPermanentWidget(panel, stretch[i]);
     panels_.push_back(panel);
   }
-  panels_[3]->setText("No Device Connected");
+  ShowText(panels_[3], "No Device Connected");
 }
 
 QString MainWindow::StatusPanel(int panel) const {
@@ -553,7 +553,7 @@ void MainWindow::SetBlankEraseCaptions() {
   actions_["mnuBlank"]->setText(Q(c.Blank));
   actions_["mnuAutoBlank"]->setText(Q(c.AutoBlank));
   actions_["mnuAutoNoBlank"]->setText(Q(c.AutoNoBlank));
-  buttons_["blank"]->setText(Q(c.Blank));
+  ShowText(buttons_["blank"], Q(c.Blank));
   buttons_["blank"]->setToolTip(Q(c.ButtonTip));
 }
 
@@ -620,7 +620,7 @@ void MainWindow::OpenChipDocument(const QString& name) {
     result = ops::DocumentOpen::NoProgram;
   }
   const std::string text = ops::DocumentOpenFailureText(name.toStdString(), result);
-  if (!text.empty()) host_.Message(Icon::Exclamation, text, kAppTitle);
+  if (!text.empty()) host_.Message(Icon::None, text, kAppTitle);  // a plain box: text only
 }
 
 void MainWindow::SetAutoBlankMode(bool withBlank) {
@@ -671,7 +671,7 @@ void MainWindow::SetProgress(long value, long maximum) {
 
 void MainWindow::SetStatusPanel(int panel, const std::string& text) {
   if (panel < 1 || panel > static_cast<int>(panels_.size())) return;
-  panels_[static_cast<std::size_t>(panel - 1)]->setText(Q(text));
+  ShowText(panels_[static_cast<std::size_t>(panel - 1)], Q(text));
 }
 
 void MainWindow::SetInputEnabled(bool enabled) {
@@ -708,7 +708,17 @@ void MainWindow::OpenDocumentAt(const std::string& path) {
   if (busy_) return;
   const ops::OpenedDocument doc = ops::OpenDocument(host_, home_, project_, path);
   RebuildRecentMenu();
-  if (!doc.Open.Opened) return;
+  if (!doc.Open.Opened) {
+    // A file that is there but that its reader refused is the document all the same:
+    // the dispatcher named it (caption, panel) before reading it, and it is watched.
+    if (!doc.Open.FileModifyStatus.empty()) {
+      fileModifyStatus_ = doc.Open.FileModifyStatus;
+      docSub_->setWindowTitle(Q(project_.DocCaption));
+      watched_.Path = project_.ProjectPath;
+      watched_.LastSeen = FileModifiedText(project_.ProjectPath);
+    }
+    return;
+  }
   // The dialogs that were editing the previous project's chip or settings close.
   if (configDialog_) configDialog_->reject();
   if (rollDialog_) rollDialog_->reject();
@@ -718,18 +728,18 @@ void MainWindow::OpenDocumentAt(const std::string& path) {
   fileModifyStatus_ = doc.Open.FileModifyStatus;
   watched_.Path = project_.ProjectPath;
   watched_.LastSeen = FileModifiedText(project_.ProjectPath);
-  if (doc.RollDialog) {
-    // The panel shows the project's Enable option until the dialog's OK sets it.
-    SetStatusPanel(1, project_.RollingEnabled ? "Rolling Code:Enable" : "Rolling Code:Disable");
-    ShowRollDialog(doc.RollDialog);
-  }
+  // With a settings file the panel keeps its text until the dialog's OK sets it.
+  if (doc.RollDialog) ShowRollDialog(doc.RollDialog);
 }
 
 void MainWindow::SaveDocumentDialog() {
   if (busy_) return;
   const QString name = QFileDialog::getSaveFileName(
       this, "Save", QFileInfo(Q(project_.ProjectPath)).absolutePath(),
-      DialogFilter(kSaveDialogFilter));
+      DialogFilter(kSaveDialogFilter), nullptr,
+      // An existing file is replaced without a question, as Save always has; the write
+      // is atomic, so the old file survives a failed one.
+      QFileDialog::DontConfirmOverwrite);
   if (!name.isEmpty()) SaveDocumentAs(name.toStdString());
 }
 

@@ -1,5 +1,6 @@
 // The main window driven as an operator drives it, against the simulated writer in a
 // temporary copy of the program folder.
+#include <QAccessible>
 #include <QAction>
 #include <QDialog>
 #include <QElapsedTimer>
@@ -148,9 +149,10 @@ class MainWindowTest : public QObject {
       QCOMPARE(list->topLevelItem(i)->text(1).toStdString(), rows[i].Value);
     }
 
-    // A project with a rolling-code settings file turns the rolling code on.
+    // A project with a rolling-code settings file turns the rolling code on; the panel
+    // keeps its text until the settings dialog's OK.
     w.OpenDocumentAt(rig.Example("rolling/project.lkx"));
-    QCOMPARE(w.StatusPanel(1), QString("Rolling Code:Enable"));
+    QCOMPARE(w.StatusPanel(1), QString("Rolling Code:Disable"));
     QVERIFY(w.CurrentProject().RollingEnabled);
     w.OpenDocumentAt(path);
     QCOMPARE(w.StatusPanel(1), QString("Rolling Code:Disable"));
@@ -161,6 +163,23 @@ class MainWindowTest : public QObject {
     QCOMPARE(rig.dialogs->messages.back().text, QString("Open File Error!"));
     QCOMPARE(DocText(w), before);
     QVERIFY(w.WindowInputEnabled());
+    // The refused file is named all the same: the dispatcher did so before reading it.
+    auto* docWindow = w.findChild<QMdiSubWindow*>("FrmDoc");
+    QCOMPARE(docWindow->windowTitle(), QString::fromStdString((rig.dir.Path() / "broken.lkx").string()));
+
+    // A screen reader finds each window and panel by its name and reads what it shows.
+    const std::pair<QWidget*, QString> shown[] = {
+        {&w, w.windowTitle()},
+        {docWindow, docWindow->windowTitle()},
+        {w.findChild<QWidget*>("StatusBar1Panel3"), w.StatusPanel(3)},
+        {w.findChild<QWidget*>("FrmDocPanel2"), w.Document()->Checksum()->text()},
+    };
+    for (const auto& [widget, text] : shown) {
+      QAccessibleInterface* a = QAccessible::queryAccessibleInterface(widget);
+      QVERIFY(a != nullptr);
+      QCOMPARE(a->text(QAccessible::Name), widget->objectName());
+      QCOMPARE(a->text(QAccessible::Description), text);
+    }
   }
 
   // Every chip command from its toolbar key: exactly its log lines, and the window given
