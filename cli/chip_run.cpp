@@ -121,7 +121,7 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   };
 
   Project& project = ctx.CurrentProject();
-  if (const std::string why = ctx.ChipOptionRefusal(); !why.empty()) return refuse(why);
+  if (ctx.RefuseChipOption()) return finish(kExitUsage, "error");
   if (!project.Chip.Loaded()) return refuse("no chip model could be loaded");
   if (request.File) {
     if (loader) {

@@ -104,10 +104,7 @@ int RunChips(CliContext& ctx) {
 
 int RunChip(CliContext& ctx, const std::string& model) {
   if (model.empty()) {
-    if (const std::string why = ctx.ChipOptionRefusal(); !why.empty()) {
-      ctx.Ui().Error(why);
-      return kExitUsage;
-    }
+    if (ctx.RefuseChipOption()) return kExitUsage;
     const ChipParams& chip = ctx.CurrentProject().Chip;
     if (!chip.Loaded()) {
       std::cerr << "error: no chip model could be loaded from "
@@ -128,10 +125,7 @@ int RunChip(CliContext& ctx, const std::string& model) {
 
 int RunOptions(CliContext& ctx, const std::string& file) {
   CliHost& host = ctx.Ui();
-  if (const std::string why = ctx.ChipOptionRefusal(); !why.empty()) {
-    host.Error(why);
-    return kExitUsage;
-  }
+  if (ctx.RefuseChipOption()) return kExitUsage;
   Project& project = ctx.CurrentProject();
   if (!project.Chip.Loaded()) {
     std::cerr << "error: no chip model could be loaded" << std::endl;

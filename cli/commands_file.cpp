@@ -25,10 +25,7 @@ std::string WithLineFeeds(const std::string& text) {
 // Opens file on the selected chip; kExitOk when it loaded cleanly, kExitFailed when the
 // reserved-word check wiped it, kExitUsage when it could not be opened.
 int OpenForCommand(CliContext& ctx, const std::string& file, OpenResult& result) {
-  if (const std::string why = ctx.ChipOptionRefusal(); !why.empty()) {
-    ctx.Ui().Error(why);
-    return kExitUsage;
-  }
+  if (ctx.RefuseChipOption()) return kExitUsage;
   Project& project = ctx.CurrentProject();
   if (!project.Chip.Loaded()) {
     ctx.Ui().Message(Icon::Critical, "No chip model could be loaded.", kAppTitle);

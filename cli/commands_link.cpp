@@ -47,10 +47,7 @@ void Nap(int ms) {
 
 int Watch(CliContext& context, bool once, const std::optional<std::string>& file) {
   CliHost& host = context.Ui();
-  if (const std::string why = context.ChipOptionRefusal(); !why.empty()) {
-    host.Error(why);
-    return kExitUsage;
-  }
+  if (context.RefuseChipOption()) return kExitUsage;
   Project& project = context.CurrentProject();
   ops::WatchedFile watched;
   if (file) {

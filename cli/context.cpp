@@ -23,9 +23,10 @@ Project& CliContext::CurrentProject() {
   return *project_;
 }
 
-std::string CliContext::ChipOptionRefusal() {
-  if (!options_.chip || CurrentProject().Chip.Name == *options_.chip) return "";
-  return "unknown chip model \"" + *options_.chip + "\" (lkwriter-cli chips lists them)";
+bool CliContext::RefuseChipOption() {
+  if (!options_.chip || CurrentProject().Chip.Name == *options_.chip) return false;
+  host_.Error("unknown chip model \"" + *options_.chip + "\" (lkwriter-cli chips lists them)");
+  return true;
 }
 
 std::ostream* CliContext::TraceStream() {

@@ -56,10 +56,10 @@ class CliContext {
   // The project with the selected chip loaded as start-up does: --chip, else
   // "McuType" of data.dat, falling back to the first listed model. Loaded once.
   Project& CurrentProject();
-  // "" when the selected chip is the one --chip names (or none was named); otherwise
-  // why not. The fallback to the first listed model is for a stale "McuType", never for
-  // a model the user typed: every command that uses the chip refuses it (exit 2).
-  std::string ChipOptionRefusal();
+  // True, with an error line, when --chip names a model the database does not hold.
+  // The fallback to the first listed model is for a stale "McuType", never for a model
+  // the user typed: every command that uses the chip refuses it (exit 2).
+  bool RefuseChipOption();
 
   // The --trace file, opened on first use and kept until the run ends; nullptr (with a
   // message) when it cannot be opened.
