@@ -97,12 +97,7 @@ void CliHost::Progress(long value, long maximum) {
 }
 
 void CliHost::Status(int panel, const std::string& text) {
-  if (panel >= 1 && panel <= 4) status_[panel] = text;
   if (verbose_ && !json_) std::cerr << "status[" << panel << "]: " << text << std::endl;
-}
-
-std::string CliHost::StatusText(int panel) const {
-  return panel >= 1 && panel <= 4 ? status_[panel] : std::string();
 }
 
 void CliHost::FileUnreadable(const std::string& text) {

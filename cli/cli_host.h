@@ -48,8 +48,6 @@ class CliHost : public Host {
   const std::vector<std::string>& LogLines() const { return log_; }
   const std::vector<std::string>& Messages() const { return messages_; }
   const std::vector<std::string>& Errors() const { return errors_; }
-  // The last text of a status panel (1..4), empty when never set.
-  std::string StatusText(int panel) const;
   // Whether a data file that is there could not be read: the run then fails.
   bool SawUnreadableFile() const { return unreadable_; }
 
@@ -65,7 +63,6 @@ class CliHost : public Host {
   std::size_t printed_ = 0;  // lines of log_ already on stdout
   std::vector<std::string> messages_;
   std::vector<std::string> errors_;
-  std::string status_[5];
   bool unreadable_ = false;
 };
 

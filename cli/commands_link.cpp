@@ -61,16 +61,11 @@ int Watch(CliContext& context, bool once, const std::optional<std::string>& file
   if (!writer) return kExitUsage;
   InstallStopHandler();
   ops::MonitorState state;
-  std::string shownStatus;
   for (;;) {
+    // The message list's lines only (on a connection or a disconnection); the status
+    // panel's text shows with -v.
     const ops::TickResult tick = ops::MonitorTick(host, *writer, state, watched);
     host.Flush();
-    // The connection panel, each time it changes (the message list only has lines on
-    // a connection or a disconnection).
-    if (host.StatusText(4) != shownStatus) {
-      shownStatus = host.StatusText(4);
-      std::cout << shownStatus << std::endl;
-    }
     if (tick.Reload) {
       ops::OpenDocument(host, context.ProgramHome(), project, watched.Path);
       host.Flush();

@@ -40,6 +40,15 @@ TEST(ProbeCommandTest, PrintsTheMonitorLinesAndTracesTheExchange) {
   for (const std::string& line : got) EXPECT_EQ(line.size(), 2u + 65 * 3 - 1);
 }
 
+TEST(WatchCommandTest, OneTickPrintsTheMessageListLinesOnly) {
+  CliResult r = RunCli(LK_PROGRAM_DIR, "--device sim watch --once");
+  EXPECT_EQ(r.exitCode, 0) << r.err;
+  EXPECT_EQ(r.out, "烧录器已经连接！版本号： v3.1\n烧录器ID：123456\n");
+  r = RunCli(LK_PROGRAM_DIR, "--device sim --sim-fault unplug@1 watch --once");
+  EXPECT_EQ(r.exitCode, 3) << r.err;
+  EXPECT_EQ(r.out, "");
+}
+
 TEST(ProbeCommandTest, ExitStatusOfTheFailures) {
   struct Case {
     std::string args;
