@@ -14,8 +14,14 @@ all: build
 deps:
 	@bash scripts/install-deps.sh
 
+# ccache, when present, keeps rebuilds (and several work trees of one repository) cheap.
+CCACHE     := $(shell command -v ccache 2>/dev/null)
+LAUNCHER   := $(if $(CCACHE),-DCMAKE_CXX_COMPILER_LAUNCHER=$(CCACHE))
+export CCACHE_BASEDIR := $(CURDIR)
+export CCACHE_NOHASHDIR := 1
+
 $(BUILD)/build.ninja: | deps
-	cmake -S . -B $(BUILD) -G Ninja -DLK_WERROR=ON
+	cmake -S . -B $(BUILD) -G Ninja -DLK_WERROR=ON $(LAUNCHER)
 
 configure: deps $(BUILD)/build.ninja
 
