@@ -28,6 +28,7 @@ const char* ResultName(ops::Outcome outcome) {
     case ops::Outcome::Passed: return "passed";
     case ops::Outcome::Failed: return "failed";
     case ops::Outcome::NoWriter: return "no writer";
+    case ops::Outcome::Refused: return "refused";
   }
   return "failed";
 }
@@ -92,6 +93,7 @@ int ExitStatusOf(ops::Outcome outcome) {
     case ops::Outcome::Passed: return kExitOk;
     case ops::Outcome::Failed: return kExitFailed;
     case ops::Outcome::NoWriter: return kExitNoWriter;
+    case ops::Outcome::Refused: return kExitUsage;
   }
   return kExitFailed;
 }

@@ -11,6 +11,7 @@
 #include "core/project.h"
 #include "link/fault.h"
 #include "link/writer.h"
+#include "ops/production_hooks.h"
 
 namespace lk::ops {
 
@@ -56,6 +57,8 @@ struct Station {
   const Home& home;
   Project& project;
   Writer& writer;
+  // The production database's serials and records; nullptr on a PC without one.
+  Production* production = nullptr;
 };
 
 // How a chip command ended.
@@ -63,6 +66,7 @@ enum class Outcome {
   Passed,    // the command reported success
   Failed,    // it wrote its failure line (or the chip check failed)
   NoWriter,  // the writer was not on the bus
+  Refused,   // refused before the first packet (settings file or production database)
 };
 
 struct CommandResult {
@@ -74,6 +78,15 @@ struct CommandResult {
   // command advanced it.
   std::string RollingCode;
   std::string NextRollingCode;
+  // The named steps in the order they ran, each timed.
+  std::vector<StepRecord> Steps;
+  // The line that ended a failed command in the message log ("Verify Fail!", ...).
+  std::string FailureLine;
+  // The program words actually sent (rolling code placed), empty when none were sent.
+  std::vector<std::int32_t> ProgramWords;
+  // The writer's firmware version ("v1.0") and ID (8 digits) when known, else empty.
+  std::string WriterVersion;
+  std::string WriterId;
 };
 
 // Routes the session's diagnostics, progress and notices (the message boxes of a refused

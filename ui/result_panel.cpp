@@ -51,6 +51,9 @@ void ResultPanel::Ended(const QString& command, ops::Outcome outcome, const QStr
     case ops::Outcome::NoWriter:
       Show(QStringLiteral("无烧录器"), "#b07a10");
       break;
+    case ops::Outcome::Refused:
+      Show(QStringLiteral("已拒绝"), "#b07a10");
+      break;
   }
   verdict_->setToolTip(detail.isEmpty() ? command : command + ": " + detail);
   counters_->setText(QStringLiteral("通过 %1   失败 %2   总计 %3")
