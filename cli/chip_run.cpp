@@ -11,6 +11,8 @@
 #include "files/project_file.h"
 #include "ops/connection_monitor.h"
 #include "ops/open_document.h"
+#include "ops/production.h"
+#include "prod/database.h"
 
 namespace lk::cli {
 namespace {
@@ -141,6 +143,12 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   }
   record.Model = project.Chip.Name;
 
+  // A chip never goes out with a serial or a record that cannot be written: the database
+  // is opened (and checked) before the first packet.
+  std::string dbError;
+  prod::Database* db = ctx.ProductionDatabase(dbError);
+  if (db == nullptr && !dbError.empty()) return refuse(dbError);
+
   std::unique_ptr<Writer> writer = MakeCliWriter(ctx, project.Chip.Name);
   if (!writer) return finish(kExitUsage, "error");
   InstallStopHandler();
@@ -155,6 +163,12 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
 
   ops::NullFrameUi ui;
   ops::Station st{host, ui, ctx.ProgramHome(), project, *writer};
+  std::optional<ops::ProductionRun> production;
+  if (db != nullptr) {
+    production.emplace(*db, project, *writer, ctx.Options().series);
+    if (record.Version) production->SetWriterVersion(VersionText(*record.Version));
+    st.production = &*production;
+  }
   const ops::CommandResult result = command(st);
   writer->SetStopFlag(nullptr);
   std::signal(SIGINT, SIG_DFL);

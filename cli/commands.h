@@ -26,5 +26,7 @@ void AddChipCommands(CLI::App& app, CliContext*& context, int& exitCode);
 void AddEedataCommands(CLI::App& app, CliContext*& context, int& exitCode);
 // id-set, id-get
 void AddIdentityCommands(CLI::App& app, CliContext*& context, int& exitCode);
+// log verify, log export, stats
+void AddProductionCommands(CLI::App& app, CliContext*& context, int& exitCode);
 
 }  // namespace lk::cli

@@ -1,5 +1,7 @@
 #include "cli/context.h"
 
+#include "prod/database.h"
+
 #include "link/trace_file.h"
 #include "core/session.h"
 
@@ -11,6 +13,21 @@ CliContext::CliContext(const CliOptions& options)
       home_(Home::Resolve(host_, options.home)) {}
 
 CliContext::~CliContext() = default;
+
+std::string CliContext::ProductionUrl() const {
+  return options_.db.empty() ? prod::DefaultDatabaseUrl(home_.SessionRoot()) : options_.db;
+}
+
+prod::Database* CliContext::ProductionDatabase(std::string& error) {
+  if (db_ || options_.db == "none") return db_.get();
+  auto db = prod::OpenDatabase(ProductionUrl());
+  if (!db) {
+    error = db.ErrorText();
+    return nullptr;
+  }
+  db_ = std::move(*db);
+  return db_.get();
+}
 
 Project& CliContext::CurrentProject() {
   if (!project_) {

@@ -15,6 +15,9 @@
 namespace lk {
 class TraceFile;
 }  // namespace lk
+namespace lk::prod {
+class Database;
+}  // namespace lk::prod
 
 namespace lk::cli {
 
@@ -42,6 +45,8 @@ struct CliOptions {
   bool quiet = false;
   bool verbose = false;
   bool json = false;
+  std::string db;      // production database URL; empty: the program folder's SQLite file
+  std::string series;  // serial series; empty: the project file's name
 };
 
 class CliContext {
@@ -65,6 +70,12 @@ class CliContext {
   // message) when it cannot be opened.
   std::ostream* TraceStream();
 
+  // The production database (--db), opened on first use; nullptr with --db none. When
+  // it cannot be used, nullptr and `error` holds the reason (the command is refused).
+  prod::Database* ProductionDatabase(std::string& error);
+  // The URL in use (--db, else the default), for messages.
+  std::string ProductionUrl() const;
+
   // The exit status of the run once its command has given exitCode: a data file that is
   // there but could not be read, or a trace that could not be written (reported here),
   // turns a success into kExitUsage.
@@ -76,6 +87,7 @@ class CliContext {
   Home home_;
   std::optional<Project> project_;
   std::unique_ptr<TraceFile> trace_;
+  std::unique_ptr<prod::Database> db_;
 };
 
 }  // namespace lk::cli

@@ -50,6 +50,11 @@ int main(int argc, char** argv) {
   app.add_flag("-q,--quiet", options.quiet, "no progress, no diagnostics");
   app.add_flag("-v,--verbose", options.verbose, "diagnostics on stderr");
   app.add_flag("--json", options.json, "machine-readable output where a command has it");
+  app.add_option("--db", options.db,
+                 "production database: sqlite:PATH | postgresql://... | none "
+                 "(default: sqlite: + production.sqlite in the program folder)");
+  app.add_option("--series", options.series,
+                 "serial series of the rolling code (default: the project file's name)");
 
   // Commands build the context only after the options are parsed.
   CliContext* context = nullptr;
@@ -60,6 +65,7 @@ int main(int argc, char** argv) {
   AddChipCommands(app, context, exitCode);
   AddEedataCommands(app, context, exitCode);
   AddIdentityCommands(app, context, exitCode);
+  AddProductionCommands(app, context, exitCode);
 
   std::unique_ptr<CliContext> owner;
   app.parse_complete_callback([&] {

@@ -108,9 +108,11 @@ VerifyResult Stopped(Fault why) {
 
 }  // namespace
 
-Fault ProgramRom(Writer& writer, const ChipParams& chip, const RollSettings* roll, Target target) {
+Fault ProgramRom(Writer& writer, const ChipParams& chip, const RollSettings* roll, Target target,
+                 std::vector<std::int32_t>* sent) {
   const auto rom = BuildRomWords(writer, chip, roll, target);
   if (!rom) return rom.Why();
+  if (sent != nullptr) *sent = rom->Words;
   writer.Progress(0, chip.RomSize);
   const std::uint8_t code = target == Target::Chip ? proto::kProgramRom : proto::kStoreRom;
   return SendWords(writer, rom->Words, chip.RomSize + 1, code, true);

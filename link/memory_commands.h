@@ -31,8 +31,9 @@ struct VerifyResult {
 // when `roll` is given, the current rolling code is placed on the outgoing copy
 // (Fault::RollAddress when an address lies outside the program). The image is never
 // changed. The session's progress follows the address.
+// `sent`, when given, receives the words as they went out (rolling code placed).
 Fault ProgramRom(Writer& writer, const ChipParams& chip, const RollSettings* roll,
-                 Target target = Target::Chip);
+                 Target target = Target::Chip, std::vector<std::int32_t>* sent = nullptr);
 
 // The chip's program words 0..RomSize (0xF2).
 Result<std::vector<std::int32_t>> ReadRom(Writer& writer, const ChipParams& chip);

@@ -41,6 +41,8 @@ class Writer {
   // --- the link -----------------------------------------------------------------------
   // True when the writer is on the bus.
   bool FindWriter();
+  // Which writer this is ("usb:PATH", "sim", ...), for the records.
+  std::string BusName() const { return bus_ != nullptr ? bus_->Describe() : std::string(); }
   // Opens the writer FindWriter found; false when it vanished or cannot be opened.
   bool OpenWriterHandles();
   // The writer is attached but this user may not open it (its bus has said so).

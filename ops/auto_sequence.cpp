@@ -23,71 +23,83 @@ bool WriteEedata(Writer& w, const ChipParams& chip) {
 }  // namespace
 
 CommandResult Auto(Station& st, bool withBlank) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult& result) {
+  return RunFramed(st, {"Auto", ChipCheck::TypeAndPrepare, true}, [&](CommandResult& result) {
     Writer& w = st.writer;
     const ChipParams& chip = st.project.Chip;
     Host& host = st.host;
-    auto fail = [&](const std::string& line) {
+    // The step that failed, its line in the log, and the end of the chip session.
+    auto fail = [&](const char* step, const std::string& line, bool log = true) {
+      EndStep(result, step, false, w.LastFault());
       FinishOperation(w, false);
-      host.Log(line);
+      if (log) host.Log(line);
+      result.FailureLine = line;
       return false;
     };
 
     if (withBlank) {
       const std::string caption = GetBlankEraseCaptions(chip).OpCaption;
-      if (WaitWriterReady(w) != Fault::None) return fail(caption + " Fail!");
+      if (WaitWriterReady(w) != Fault::None) return fail(caption.c_str(), caption + " Fail!");
       host.Log(caption + " OK!");
+      EndStep(result, caption.c_str(), true);
       st.ui.PumpEvents();
     }
 
     NextStep(w);
-    const auto roll = RollingSettingsFor(st);
-    if (const Fault f = ProgramRom(w, chip, roll ? &*roll : nullptr); f != Fault::None) {
+    auto roll = RollingSettingsFor(st);
+    if (!ReserveRolling(st, roll)) return fail("Program", "Program Fail!");
+    if (const Fault f = ProgramRom(w, chip, roll ? &*roll : nullptr, Target::Chip,
+                                   &result.ProgramWords);
+        f != Fault::None) {
       ShowStepMessage(st, f);
-      return fail("Program Fail!");
+      return fail("Program", "Program Fail!");
     }
     host.Log("Program OK!");
+    EndStep(result, "Program", true);
     st.ui.PumpEvents();
 
     NextStep(w);
     const VerifyResult rom = VerifyRom(w, chip, roll ? &*roll : nullptr);
     if (rom.Status == 1) {
       ShowStepMessage(st, rom.Why);
-      return fail("Verify Fail!");
+      return fail("Verify", "Verify Fail!");
     }
     if (!rom.Pass) {
-      FinishOperation(w, false);
+      fail("Verify", "Verify Fail!", false);
       LogVerifyFailure(host, rom, false);
       return false;
     }
+    EndStep(result, "Verify", true);
 
     // Without EEDATA the return to idle here and the one before the configuration come
     // one after the other; that is harmless and kept.
     NextStep(w);
     if (chip.EeFlag == kEeFlagPresent && chip.EeSize > 0) {
       // Lower case on purpose: these two lines have always read so in the auto run.
-      if (!WriteEedata(w, chip)) return fail("Write eedata Fail!");
+      if (!WriteEedata(w, chip)) return fail("EEDATA", "Write eedata Fail!");
       host.Log("eedata OK!");
+      EndStep(result, "EEDATA", true);
     }
     st.ui.PumpEvents();
 
     NextStep(w);
-    if (ProgramConfig(w, chip) != Fault::None) return fail("Config Fail!");
+    if (ProgramConfig(w, chip) != Fault::None) return fail("Config", "Config Fail!");
     host.Log("Config OK!");
+    EndStep(result, "Config", true);
     st.ui.PumpEvents();
 
     NextStep(w);
     const VerifyResult config = VerifyConfig(w, chip);
     if (!config.Pass) {
-      FinishOperation(w, false);
+      fail("Verify Config", "Verify Fail!", false);
       LogVerifyFailure(host, config, true);  // "Verify Fail!" takes the place of "Config OK!"
       return false;
     }
     host.Log("Verify OK!");
+    EndStep(result, "Verify Config", true);
     st.ui.PumpEvents();
+    if (!CommitRolling(st, roll)) return fail("Commit Serial", "serial not committed", false);
     FinishOperation(w, true);
-    AdvanceRolling(st, result);
-    return true;
+    return AdvanceRolling(st, result, roll);
   });
 }
 

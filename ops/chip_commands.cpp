@@ -21,52 +21,66 @@ void LogVerifyFailure(Host& host, const VerifyResult& result, bool overwriteLast
 }
 
 CommandResult BlankCheck(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+  return RunFramed(st, {"Blank Check"}, [&](CommandResult& result) {
     // The writer runs the blank check (or the erase) and answers when it is done.
     const std::string caption = GetBlankEraseCaptions(st.project.Chip).OpCaption;
     if (WaitWriterReady(st.writer) != Fault::None) {
+      EndStep(result, caption.c_str(), false, st.writer.LastFault());
       FinishOperation(st.writer, false);
       st.host.Log(caption + " Fail!");
+      result.FailureLine = caption + " Fail!";
       return false;
     }
     st.host.Log(caption + " OK!");
+    EndStep(result, caption.c_str(), true);
     FinishOperation(st.writer, true);
     return true;
   });
 }
 
 CommandResult Program(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult& result) {
+  return RunFramed(st, {"Program", ChipCheck::TypeAndPrepare, true}, [&](CommandResult& result) {
     Writer& w = st.writer;
     const ChipParams& chip = st.project.Chip;
-    const auto roll = RollingSettingsFor(st);
-    if (const Fault f = ProgramRom(w, chip, roll ? &*roll : nullptr); f != Fault::None) {
-      ShowStepMessage(st, f);
+    auto fail = [&](const char* step, const std::string& line, bool log = true) {
+      EndStep(result, step, false, w.LastFault());
       FinishOperation(w, false);
-      st.host.Log("Program Fail!");
+      if (log) st.host.Log(line);
+      result.FailureLine = line;
       return false;
+    };
+    auto roll = RollingSettingsFor(st);
+    if (!ReserveRolling(st, roll)) return fail("Program", "Program Fail!");
+    if (const Fault f = ProgramRom(w, chip, roll ? &*roll : nullptr, Target::Chip,
+                                   &result.ProgramWords);
+        f != Fault::None) {
+      ShowStepMessage(st, f);
+      return fail("Program", "Program Fail!");
     }
     st.host.Log("Program OK!");
+    EndStep(result, "Program", true);
     st.ui.PumpEvents();
     NextStep(w);
-    if (ProgramConfig(w, chip) != Fault::None) {
-      FinishOperation(w, false);
-      st.host.Log("Config Fail!");
-      return false;
-    }
+    if (ProgramConfig(w, chip) != Fault::None) return fail("Config", "Config Fail!");
     st.host.Log("Config OK!");
+    EndStep(result, "Config", true);
     st.ui.PumpEvents();
+    if (!CommitRolling(st, roll)) return fail("Commit Serial", "serial not committed", false);
     FinishOperation(w, true);
-    // The command has reported success; what the advance does or shows is its own.
-    AdvanceRolling(st, result);
-    return true;
+    // The command has reported success; a next code that could not be stored fails it.
+    return AdvanceRolling(st, result, roll);
   });
 }
 
 CommandResult Verify(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+  return RunFramed(st, {"Verify", ChipCheck::TypeAndPrepare, true}, [&](CommandResult& result) {
     Writer& w = st.writer;
     const ChipParams& chip = st.project.Chip;
+    auto failed = [&](const char* step) {
+      EndStep(result, step, false, w.LastFault());
+      result.FailureLine = "Verify Fail!";
+      return false;
+    };
     if (VerifyChecksConfigFirst(chip)) {
       // These chips carry a "programmed" mark in bit 1 of configuration word 1: a chip
       // without it is not compared at all. The line comes before the end of the session.
@@ -74,7 +88,7 @@ CommandResult Verify(Station& st) {
       if (!config || config->size() < 2 || ((*config)[1] & 0x2) == 0) {
         st.host.Log("Verify Fail!");
         FinishOperation(w, false);
-        return false;
+        return failed("Verify Config");
       }
     }
     NextStep(w);
@@ -84,13 +98,14 @@ CommandResult Verify(Station& st) {
       ShowStepMessage(st, rom.Why);
       FinishOperation(w, false);
       st.host.Log("Verify Fail!");
-      return false;
+      return failed("Verify");
     }
     if (!rom.Pass) {
       FinishOperation(w, false);
       LogVerifyFailure(st.host, rom, false);
-      return false;
+      return failed("Verify");
     }
+    EndStep(result, "Verify", true);
     NextStep(w);
     const VerifyResult config = VerifyConfig(w, chip);
     if (!config.Pass) {
@@ -98,8 +113,9 @@ CommandResult Verify(Station& st) {
       // Over the last line: nothing has been written in this command yet, so the log is
       // empty and the line is appended.
       LogVerifyFailure(st.host, config, true);
-      return false;
+      return failed("Verify Config");
     }
+    EndStep(result, "Verify Config", true);
     st.host.Log("Verify OK!");
     st.ui.PumpEvents();
     FinishOperation(w, true);
@@ -108,13 +124,15 @@ CommandResult Verify(Station& st) {
 }
 
 CommandResult Read(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+  return RunFramed(st, {"Read"}, [&](CommandResult& result) {
     Writer& w = st.writer;
     ChipParams& chip = st.project.Chip;
     const auto rom = ReadRom(w, chip);
     if (!rom) {
+      EndStep(result, "Read", false, rom.Why());
       FinishOperation(w, false);
       st.host.Log("Read Eedata Fail!");  // the program memory read failed; the text is kept
+      result.FailureLine = "Read Eedata Fail!";
       return false;
     }
     chip.RomWords = *rom;
@@ -138,6 +156,7 @@ CommandResult Read(Station& st) {
         break;
       }
     }
+    EndStep(result, "Read", true);
     st.host.Log("Read OK!");
     st.host.Log("CheckSum In IC is " + ChipChecksumText(chip));
     st.ui.RefreshDocument();

@@ -8,7 +8,7 @@
 namespace lk::ops {
 
 CommandResult ConfigWrite(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+  return RunFramed(st, {"Config Write"}, [&](CommandResult& result) {
     Writer& w = st.writer;
     const ChipParams& chip = st.project.Chip;
     // A write that fails and one that does not read back equal give the same line.
@@ -17,9 +17,11 @@ CommandResult ConfigWrite(Station& st) {
       NextStep(w);
       ok = VerifyConfig(w, chip).Pass;
     }
+    EndStep(result, "Config", ok, ok ? Fault::None : w.LastFault());
     if (!ok) {
       FinishOperation(w, false);
       st.host.Log("Config Fail!");
+      result.FailureLine = "Config Fail!";
       return false;
     }
     st.host.Log("Config OK!");
@@ -29,7 +31,7 @@ CommandResult ConfigWrite(Station& st) {
 }
 
 CommandResult ConfigRead(Station& st) {
-  return RunFramed(st, ChipCheck::TypeAndPrepare, [&](CommandResult&) {
+  return RunFramed(st, {"Config Read"}, [&](CommandResult& result) {
     ChipParams& chip = st.project.Chip;
     // The words replace the image's as they come; a read that got no answer leaves them.
     if (const auto words = ReadWords(st.writer, chip.ConfigLength, proto::kReadConfig)) {
@@ -37,6 +39,7 @@ CommandResult ConfigRead(Station& st) {
         chip.ConfigWords[i] = (*words)[i];
       }
     }
+    EndStep(result, "Config", true);
     st.host.Log("Read Config OK!");
     st.ui.RefreshConfigDisplay();
     FinishOperation(st.writer, true);

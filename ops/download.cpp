@@ -55,12 +55,15 @@ bool StoreProject(Station& st) {
 }  // namespace
 
 CommandResult Download(Station& st) {
-  return RunFramed(st, ChipCheck::None, [&](CommandResult&) {
+  return RunFramed(st, {"Download", ChipCheck::None}, [&](CommandResult& result) {
     if (!StoreProject(st)) {
+      EndStep(result, "Download", false, st.writer.LastFault());
       FinishOperation(st.writer, false);
       st.host.Log("Download Fail!");
+      result.FailureLine = "Download Fail!";
       return false;
     }
+    EndStep(result, "Download", true);
     st.host.Log("Download OK!");
     FinishOperation(st.writer, true);
     return true;

@@ -20,11 +20,27 @@ enum class ChipCheck {
   None,            // the body opens the session itself (download)
 };
 
+// What the frame needs to know of its command.
+struct FrameSpec {
+  const char* Command;  // the command's name in the chip record ("Auto", "Program", ...)
+  ChipCheck Check = ChipCheck::TypeAndPrepare;
+  // The command places the rolling code or leaves its addresses out: an enabled
+  // settings file that is there but cannot be read refuses it before the first packet.
+  bool UsesRollingCode = false;
+};
+
 // Runs the frame around `body`. The body ends the chip session itself (FinishOperation),
 // returns true when the command passed and fills the rolling codes of the result when it
 // advanced them. The result's fault is the link fault that ended a failed command.
-CommandResult RunFramed(Station& st, ChipCheck check,
+// With a production database the command is refused before its first packet when its
+// record cannot be written, a code still reserved at the end is released, and every
+// command leaves its record.
+CommandResult RunFramed(Station& st, const FrameSpec& spec,
                         const std::function<bool(CommandResult&)>& body);
+
+// Ends the step that began at the previous one (or at the body's start): its name,
+// outcome and duration go into the result.
+void EndStep(CommandResult& result, const char* name, bool passed, Fault fault = Fault::None);
 
 // The line of a missing writer: with the model in double quotes for the frame
 // (The Writer for "QVM75P82" not Found!), without them for the EEDATA window's operations.
@@ -51,8 +67,17 @@ void ShowStepMessage(Station& st, Fault fault);
 // Enable option is selected; nothing otherwise.
 std::optional<RollSettings> RollingSettingsFor(Station& st);
 
-// After a fully successful program: advances the rolling code when the project's Enable
-// option is selected, and records the codes in the result.
-void AdvanceRolling(Station& st, CommandResult& result);
+// Before the program step: the production database reserves this chip's code and may
+// move it (roll's Counts change). False: refused, nothing of the program was sent.
+bool ReserveRolling(Station& st, std::optional<RollSettings>& roll);
+
+// The run passed: the reserved code is committed before the chip session ends. False
+// (the message has been shown) fails the run.
+bool CommitRolling(Station& st, const std::optional<RollSettings>& roll);
+
+// After a fully successful program: advances the rolling code from the code the chip was
+// given when the project's Enable option is selected, and records the codes in the
+// result. False when the next code could not be stored: the run is not a pass.
+bool AdvanceRolling(Station& st, CommandResult& result, const std::optional<RollSettings>& roll);
 
 }  // namespace lk::ops

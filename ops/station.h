@@ -3,6 +3,7 @@
 // the desktop program each build one and pass it to the commands.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -87,6 +88,8 @@ struct CommandResult {
   // The writer's firmware version ("v1.0") and ID (8 digits) when known, else empty.
   std::string WriterVersion;
   std::string WriterId;
+  // When the step now running began (EndStep in frame.h).
+  std::chrono::steady_clock::time_point StepStart = std::chrono::steady_clock::now();
 };
 
 // Routes the session's diagnostics, progress and notices (the message boxes of a refused

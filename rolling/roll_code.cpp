@@ -145,10 +145,10 @@ std::vector<std::int32_t> RollCodeAddresses(const RollSettings& settings) {
 }
 
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
-                     RollAdvance* advance) {
+                     RollAdvance* advance, const std::vector<std::int32_t>* used) {
   if (!enabled) return true;
   const RollSettings settings = ReadRollSettings(host, settingsFile);
-  std::vector<std::int32_t> code = settings.Counts;
+  std::vector<std::int32_t> code = used != nullptr ? *used : settings.Counts;
   host.Log("Rolling Code:" + RollCodeText(code));
   if (advance != nullptr) advance->Used = RollCodeText(code);
   // A code of another length than four is left as it is, and still stored and logged.

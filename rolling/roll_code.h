@@ -62,7 +62,10 @@ struct RollAdvance {
 // exhausted code space or a four-byte code with a byte outside 0..255 (a message says
 // which), a missing settings file (its messages) or a write error. The codes go to
 // `advance` when given (Next stays empty when nothing was stored).
+// `used`, when given, is the code the chip was given (the production database may have
+// moved it past the settings file's); the advance starts from it.
 bool AdvanceRollCode(Host& host, bool enabled, const std::filesystem::path& settingsFile,
-                     RollAdvance* advance = nullptr);
+                     RollAdvance* advance = nullptr,
+                     const std::vector<std::int32_t>* used = nullptr);
 
 }  // namespace lk
