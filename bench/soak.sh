@@ -23,6 +23,7 @@ if [ "$mode" = short ]; then kills=20; chips=48; else kills=1000; chips=2000; fi
 procs=8
 
 work=$(mktemp -d /tmp/lk-soak.XXXXXX)
+chmod 755 "$work"  # the throwaway PostgreSQL server runs as another user when we are root
 pgdir=""
 cleanup() {
   if [ -n "$pgdir" ]; then bash "$here/../tests/support/pg-throwaway.sh" stop "$pgdir" >/dev/null 2>&1 || true; fi
@@ -76,7 +77,9 @@ run_auto "$kill_db" "$work/kill" "$work/kill/chips/0.state" >/dev/null 2>&1 || t
 span_ms=$(( ($(date +%s%N) - start) / 1000000 ))
 killed=0
 for i in $(seq 1 "$kills"); do
-  run_auto "$kill_db" "$work/kill" "$work/kill/chips/$i.state" >/dev/null 2>&1 &
+  # The CLI itself in the background (not a subshell around it), so that the kill hits it.
+  "$cli" --home "$build" -q --db "$kill_db" --device sim --sim-state "$work/kill/chips/$i.state" \
+    auto "$work/kill/project.lkx" >/dev/null 2>&1 &
   pid=$!
   delay=$(( RANDOM % (span_ms + 1) ))
   sleep "$(printf '%d.%03d' $((delay / 1000)) $((delay % 1000)))"

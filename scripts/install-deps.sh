@@ -8,7 +8,7 @@ packages=(
   qt6-base-dev libhidapi-dev libgtest-dev libgmock-dev libcli11-dev libbenchmark-dev
   xvfb xauth fonts-wqy-microhei clang libclang-rt-14-dev binutils
   lintian desktop-file-utils appstream librsvg2-bin
-  libsqlite3-dev libpq-dev postgresql-15 nlohmann-json3-dev libssl-dev libsodium-dev ccache
+  libsqlite3-dev sqlite3 libpq-dev postgresql-15 nlohmann-json3-dev libssl-dev libsodium-dev ccache
 )
 
 missing=()
