@@ -51,9 +51,7 @@ bool WorthSaying(Fault fault) {
   }
 }
 
-std::string VersionText(std::uint32_t version) {
-  return std::to_string(version & 0xFF) + "." + std::to_string((version >> 8) & 0xFF);
-}
+std::string VersionText(std::uint32_t version) { return ops::WriterVersionText(version); }
 
 struct JsonRecord {
   std::string Command, Model, File, Result;
@@ -166,7 +164,7 @@ int RunChipCommand(CliContext& ctx, const ChipRunRequest& request, const ChipCom
   std::optional<ops::ProductionRun> production;
   if (db != nullptr) {
     production.emplace(*db, project, *writer, ctx.Options().series);
-    if (record.Version) production->SetWriterVersion(VersionText(*record.Version));
+    if (record.Version) production->SetWriterVersion(*record.Version);
     st.production = &*production;
   }
   const ops::CommandResult result = command(st);

@@ -18,6 +18,14 @@ std::string SeriesName(const Project& project, const std::string& option) {
   return std::filesystem::path(project.ProjectPath).stem().string();
 }
 
+std::string WriterVersionText(std::uint32_t version) {
+  return std::to_string(version & 0xFF) + "." + std::to_string((version >> 8) & 0xFF);
+}
+
+void ProductionRun::SetWriterVersion(std::uint32_t version) {
+  version_ = WriterVersionText(version);
+}
+
 int ExitStatusFor(Outcome outcome) {
   switch (outcome) {
     case Outcome::Passed: return 0;

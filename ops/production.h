@@ -34,8 +34,8 @@ class ProductionRun final : public Production {
   // The record as written (one line of JSON); `exit` is the command line's status.
   std::string RecordJson(const std::string& command, const CommandResult& result) const;
   const std::string& Series() const { return series_; }
-  // The writer's firmware version when the caller asked it before the command.
-  void SetWriterVersion(std::string version) { version_ = std::move(version); }
+  // The writer's firmware version word when the caller knows it before the command.
+  void SetWriterVersion(std::uint32_t version);
   // Whether the last Record reached the database.
   bool Recorded() const { return recorded_; }
 
@@ -51,6 +51,9 @@ class ProductionRun final : public Production {
   bool recorded_ = false;
   std::string version_;
 };
+
+// A firmware version word as the records and --json show it ("3.1": low byte first).
+std::string WriterVersionText(std::uint32_t version);
 
 // The exit status of a command line for an outcome (0 passed, 1 failed, 2 refused,
 // 3 no writer), as the record keeps it.

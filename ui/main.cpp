@@ -3,7 +3,9 @@
 #include <QMessageBox>
 
 #include "core/home.h"
+#include "core/profile.h"
 #include "core/quiet_host.h"
+#include "prod/database.h"
 #include "ui/main_window.h"
 #include "ui/options.h"
 
@@ -36,7 +38,15 @@ int main(int argc, char** argv) {
   QGuiApplication::setDesktopFileName("org.lkmcu.lkwriter");
 
   StartupHost startup;
-  lk::ui::MainWindow window(lk::Home::Resolve(startup, options->home), options->device);
+  const lk::Home home = lk::Home::Resolve(startup, options->home);
+  lk::ui::MainWindow window(home, options->device);
+  // The production database: --db, else the one chosen under Settings, else the program
+  // folder's SQLite file.
+  lk::QuietHost quiet;
+  std::string db =
+      options->db.value_or(lk::GetValue(quiet, home.DataDat(), "Production", "Database"));
+  if (db.empty()) db = lk::prod::DefaultDatabaseUrl(home.SessionRoot());
+  window.SetProduction(db, options->series);
   if (!window.Start()) return 2;
   window.show();
   if (!options->file.empty()) window.OpenDocumentAt(options->file);

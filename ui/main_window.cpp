@@ -5,6 +5,7 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -32,7 +33,12 @@
 #include "ops/download.h"
 #include "ops/eedata_operations.h"
 #include "ops/open_document.h"
+#include "ops/production.h"
+#include "prod/chip_records.h"
+#include "prod/database.h"
+#include "prod/station.h"
 #include "ui/about_dialog.h"
+#include "ui/records_window.h"
 #include "ui/config_dialog.h"
 #include "ui/eedata_window.h"
 #include "ui/on_gui.h"
@@ -299,7 +305,9 @@ void MainWindow::BuildMenus() {
            {"mnuConfigset", QStringLiteral("配置字设置..."), &MainWindow::ShowConfigDialog},
            {"mnuRollingCode", QStringLiteral("滚动码设置..."), nullptr},
            {"mnuEeprom", QStringLiteral("EEDATA 窗口..."), &MainWindow::ShowEedataWindow},
-           {"mnuWriterID", QStringLiteral("烧录器 ID..."), &MainWindow::ShowWriterIdDialog}}) {
+           {"mnuWriterID", QStringLiteral("烧录器 ID..."), &MainWindow::ShowWriterIdDialog},
+           {"mnuDatabase", QStringLiteral("生产数据库..."), &MainWindow::ShowDatabaseSetting},
+           {"mnuRecords", QStringLiteral("生产记录..."), &MainWindow::ShowRecordsWindow}}) {
     QAction* action = act(name, text);
     setting->addAction(action);
     if (show != nullptr) connect(action, &QAction::triggered, this, show);
@@ -876,20 +884,125 @@ bool MainWindow::RunCommand(const QString& name, Command command,
   stopButton_->setEnabled(true);
   results_->Started(actions_[name]->text());
   const std::string model = project_.Chip.Name;
-  worker_.Post([this, name, command, model, ended] {
+  // What the monitor last heard of the writer (the window's; copied for the thread).
+  const std::optional<std::uint32_t> version =
+      writerFacts_ ? writerFacts_->Version : std::optional<std::uint32_t>();
+  worker_.Post([this, name, command, model, ended, url = dbUrl_, series = series_, version] {
     EnsureWriter(model);
     ops::Station st{host_, *frame_, home_, project_, *writer_};
-    const ops::CommandResult result = command(st);
+    // A chip never goes out with a serial or a record the database cannot take.
+    std::string dbError;
+    prod::Database* db = ProductionDatabase(url, dbError);
+    std::optional<ops::ProductionRun> production;
+    if (db != nullptr) {
+      production.emplace(*db, project_, *writer_, series);
+      if (version) production->SetWriterVersion(*version);
+      st.production = &*production;
+    }
+    ops::CommandResult result;
+    if (!dbError.empty()) {
+      host_.Message(Icon::Critical, dbError + "\nThe chip was not programmed.", kAppTitle);
+      result.Verdict = ops::Outcome::Refused;
+    } else {
+      result = command(st);
+    }
+    std::optional<std::pair<std::int64_t, std::int64_t>> counts;
+    if (db != nullptr) {
+      if (auto c = prod::ChipRecords(*db).Counts(prod::StationName()); c.Ok()) counts = *c;
+    }
     const std::string faultText =
         result.Verdict == ops::Outcome::Failed && result.Why != Fault::None
             ? writer_->LastFaultText()
             : std::string();
     QMetaObject::invokeMethod(
         this,
-        [this, name, result, faultText, ended] { CommandEnded(name, result, faultText, ended); },
+        [this, name, result, faultText, ended, counts] {
+          CommandEnded(name, result, faultText, ended);
+          if (counts) {
+            results_->SetCounts(static_cast<int>(counts->first), static_cast<int>(counts->second));
+          }
+        },
         Qt::QueuedConnection);
   });
   return true;
+}
+
+prod::Database* MainWindow::ProductionDatabase(const std::string& url, std::string& error) {
+  if (url.empty() || url == "none") {
+    db_.reset();
+    return nullptr;
+  }
+  if (db_ && dbOpenedUrl_ == url) return db_.get();
+  db_.reset();
+  auto opened = prod::OpenDatabase(url);
+  if (!opened) {
+    error = opened.ErrorText();
+    return nullptr;
+  }
+  db_ = std::move(*opened);
+  dbOpenedUrl_ = url;
+  return db_.get();
+}
+
+void MainWindow::SetProduction(const std::string& url, const std::string& series) {
+  dbUrl_ = url;
+  series_ = series;
+  if (writerReady_) PostRecordCounts();
+}
+
+void MainWindow::PostRecordCounts() {
+  worker_.Post([this, url = dbUrl_] {
+    std::string error;
+    prod::Database* db = ProductionDatabase(url, error);
+    if (db == nullptr) return;
+    auto counts = prod::ChipRecords(*db).Counts(prod::StationName());
+    if (!counts) return;
+    const auto [passed, failed] = *counts;
+    QMetaObject::invokeMethod(
+        this,
+        [this, passed, failed] {
+          results_->SetCounts(static_cast<int>(passed), static_cast<int>(failed));
+        },
+        Qt::QueuedConnection);
+  });
+}
+
+void MainWindow::QueryRecords(const std::string& filter, int count,
+                              std::function<void(std::vector<prod::RecordRow>, std::string)> done) {
+  worker_.Post([this, filter, count, done, url = dbUrl_] {
+    std::string error;
+    std::vector<prod::RecordRow> rows;
+    if (prod::Database* db = ProductionDatabase(url, error)) {
+      auto last = prod::ChipRecords(*db).Last(count, filter);
+      if (last) {
+        rows = std::move(*last);
+      } else {
+        error = last.ErrorText();
+      }
+    } else if (error.empty()) {
+      error = "no production database (none)";
+    }
+    QMetaObject::invokeMethod(
+        this, [done, rows = std::move(rows), error] { done(rows, error); }, Qt::QueuedConnection);
+  });
+}
+
+void MainWindow::ShowDatabaseSetting() {
+  bool ok = false;
+  const QString url = QInputDialog::getText(
+      this, QStringLiteral("生产数据库"),
+      QStringLiteral("数据库地址（sqlite:文件路径 或 postgresql://…；none 为不使用）："),
+      QLineEdit::Normal, Q(dbUrl_), &ok);
+  if (!ok) return;
+  const std::string value = url.trimmed().toStdString();
+  if (!WriteValue(host_, home_.DataDat(), "Production", "Database", value)) return;
+  SetProduction(value.empty() ? prod::DefaultDatabaseUrl(home_.SessionRoot()) : value, series_);
+}
+
+void MainWindow::ShowRecordsWindow() {
+  if (Raise(records_)) return;
+  records_ = new RecordsWindow(*this);
+  records_->show();
 }
 
 bool MainWindow::RunEedataCommand(const QString& name, bool write, bool fromWindow) {

@@ -37,6 +37,11 @@
 #include "ui/result_panel.h"
 #include "ui/worker.h"
 
+namespace lk::prod {
+class Database;
+struct RecordRow;
+}  // namespace lk::prod
+
 namespace lk::ui {
 
 class ConfigDialog;
@@ -114,6 +119,20 @@ class MainWindow : public QMainWindow, private HostView {
   // The open project's rolling-code settings file; empty when no project is open.
   std::filesystem::path RollSettingsFile() const;
 
+  // The production database every chip command uses: a URL (sqlite:PATH,
+  // postgresql://...), or "none" or empty for none; `series` names the serial series
+  // (empty: the project file's name). Takes effect at the next command.
+  void SetProduction(const std::string& url, const std::string& series);
+  const std::string& ProductionUrl() const { return dbUrl_; }
+  // Settings > production database: asks for the URL and keeps it in dat/data.dat.
+  void ShowDatabaseSetting();
+  // The records window: the last records, filtered.
+  void ShowRecordsWindow();
+  // The last `count` records holding `filter`, read on the writer's thread; `done` gets
+  // them (or an error text) on the window's thread.
+  void QueryRecords(const std::string& filter, int count,
+                    std::function<void(std::vector<prod::RecordRow>, std::string)> done);
+
   // Posts one tick of the connection monitor when the writer's thread is free.
   void PostMonitorTick();
   // Asks the running command to stop at its next packet.
@@ -189,6 +208,11 @@ class MainWindow : public QMainWindow, private HostView {
 
   // On the writer's thread: the writer exists and the simulated socket holds `model`.
   bool EnsureWriter(const std::string& model);
+  // On the writer's thread: the production database of `url`, opened on first use;
+  // nullptr when there is none (error empty) or it cannot be used (error says why).
+  prod::Database* ProductionDatabase(const std::string& url, std::string& error);
+  // Posts a count of this station's passes and failures to the result panel.
+  void PostRecordCounts();
 
   Home home_;
   ops::DeviceOptions device_;
@@ -240,6 +264,14 @@ class MainWindow : public QMainWindow, private HostView {
   QPointer<EedataWindow> eedata_;
   QPointer<WriterIdDialog> idDialog_;
   QPointer<QDialog> about_;
+  QPointer<QDialog> records_;
+
+  // The production database: its URL and series on the window's thread; the connection
+  // is the writer's thread's.
+  std::string dbUrl_;
+  std::string series_;
+  std::unique_ptr<prod::Database> db_;
+  std::string dbOpenedUrl_;
 
   // The writer's thread is the last thing to go: declared last, destroyed first.
   Worker worker_;

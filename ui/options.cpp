@@ -23,8 +23,17 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
   const QCommandLineOption timeout("timeout", "receive timeout of every answer (1..60000 ms)",
                                    "MS", "3000");
   const QCommandLineOption trace("trace", "write every report as a hex line to FILE", "FILE");
-  parser.addOptions(
-      {home, device, simState, simChip, simVersion, simFault, simTiming, timeout, trace});
+  const QCommandLineOption db("db",
+                              "production database: sqlite:PATH, postgresql://... or none "
+                              "(default: the one set under Settings, else production.sqlite "
+                              "in the program folder)",
+                              "URL");
+  const QCommandLineOption series("series",
+                                  "serial series of the rolling code (default: the project "
+                                  "file's name)",
+                                  "NAME");
+  parser.addOptions({home, device, simState, simChip, simVersion, simFault, simTiming, timeout,
+                     trace, db, series});
   parser.addPositionalArgument("file", "a program image or project to open", "[FILE]");
 
   *exitCode = 0;
@@ -42,6 +51,8 @@ std::optional<StartOptions> ParseStartOptions(const QStringList& arguments, int*
   }
   StartOptions o;
   if (parser.isSet(home)) o.home = parser.value(home).toStdString();
+  if (parser.isSet(db)) o.db = parser.value(db).toStdString();
+  o.series = parser.value(series).toStdString();
   o.device.device = parser.value(device).toStdString();
   o.device.simState = parser.value(simState).toStdString();
   o.device.simChip = parser.value(simChip).toStdString();

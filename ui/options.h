@@ -14,6 +14,8 @@ struct StartOptions {
   std::optional<std::string> home;  // --home DIR
   ops::DeviceOptions device;
   std::string file;  // opened after start-up when given
+  std::optional<std::string> db;  // --db URL (else the one stored in dat/data.dat)
+  std::string series;             // --series NAME
 };
 
 // Parses the arguments (program name first). On a usage error or --help, returns

@@ -56,6 +56,16 @@ void ResultPanel::Ended(const QString& command, ops::Outcome outcome, const QStr
       break;
   }
   verdict_->setToolTip(detail.isEmpty() ? command : command + ": " + detail);
+  ShowCounts();
+}
+
+void ResultPanel::SetCounts(int passed, int failed) {
+  passed_ = passed;
+  failed_ = failed;
+  ShowCounts();
+}
+
+void ResultPanel::ShowCounts() {
   counters_->setText(QStringLiteral("通过 %1   失败 %2   总计 %3")
                          .arg(passed_)
                          .arg(failed_)

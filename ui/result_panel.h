@@ -18,12 +18,17 @@ class ResultPanel : public QWidget {
   void Started(const QString& command);
   void Ended(const QString& command, ops::Outcome outcome, const QString& detail);
 
+  // The counters as the production database's records give them (they outlive the
+  // program and count chip commands only).
+  void SetCounts(int passed, int failed);
+
   int Passed() const { return passed_; }
   int Failed() const { return failed_; }
   QString Verdict() const { return verdict_->text(); }
 
  private:
   void Show(const QString& text, const QString& colour);
+  void ShowCounts();
 
   QLabel* verdict_;
   QLabel* counters_;

@@ -11,7 +11,9 @@
 #include <QTest>
 #include <QThread>
 #include <QToolButton>
+#include <QTableWidget>
 #include <QTreeWidget>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -515,6 +517,51 @@ class MainWindowTest : public QObject {
   // Under a real display (the Xvfb test): the main window after open, after an Auto,
   // after a failed verify and without a writer, and every dialog as its menu entry opens
   // it, saved as PNG files to look at.
+  // With a production database the counters are the records' (they survive a restart
+  // and count chip commands only), each chip takes its own serial, and the records
+  // window lists them; a database that cannot be used refuses the command.
+  void productionRecords() {
+    lk::test::TempDir data;
+    const std::string url = "sqlite:" + (data / "production.sqlite").string();
+    std::vector<std::string> codes;
+    for (int start = 0; start < 2; ++start) {
+      Rig rig;
+      MainWindow& w = rig.Open();
+      w.SetProduction(url, "line");
+      w.OpenDocumentAt(rig.Example("rolling/project.lkx"));
+      rig.Find<QDialog>("FrmRoll")->accept();
+      Tick(w);
+      QTRY_COMPARE(w.Results()->Passed(), start * 2);  // the first window's chips
+      ActionNamed(w, "mnuAutoNoBlank")->trigger();
+      for (int chip = 0; chip < 2; ++chip) {
+        QVERIFY2(Click(w, "auto") == static_cast<int>(lk::ops::Outcome::Passed),
+                 qPrintable(Lines(w).join(" | ")));
+        for (const QString& line : Lines(w)) {
+          if (line.startsWith("Rolling Code:")) codes.push_back(line.toStdString());
+        }
+      }
+      QCOMPARE(w.Results()->Passed(), start * 2 + 2);
+      ActionNamed(w, "mnuRecords")->trigger();
+      auto* table = rig.Find<QTableWidget>("lstRecords");
+      QVERIFY(table != nullptr);
+      QTRY_COMPARE(table->rowCount(), start * 2 + 2);
+      QCOMPARE(table->item(0, 5)->text(), QString("passed"));
+      rig.Find<QDialog>("frmRecords")->close();
+    }
+    // Each window's settings file started at the same Count: the database moved past it.
+    std::sort(codes.begin(), codes.end());
+    QCOMPARE(codes.size(), std::size_t{4});
+    QVERIFY(std::adjacent_find(codes.begin(), codes.end()) == codes.end());
+
+    Rig rig;
+    MainWindow& w = rig.Open();
+    w.SetProduction("sqlite:" + (data / "no" / "folder" / "p.sqlite").string(), "");
+    w.OpenDocumentAt(rig.Example("qvm50p99.lkx"));
+    Tick(w);
+    QCOMPARE(Click(w, "program"), static_cast<int>(lk::ops::Outcome::Refused));
+    QVERIFY(rig.dialogs->Texts().join(" ").contains("production database"));
+  }
+
   void screenshots() {
     const QString folder = qEnvironmentVariable("LK_SCREENSHOT_DIR");
     if (folder.isEmpty()) QSKIP("LK_SCREENSHOT_DIR names the folder for the screenshots");
@@ -561,6 +608,13 @@ class MainWindowTest : public QObject {
       w.OpenDocumentAt(rig.Example("qvm50f96a-eedata.lkx"));
       ActionNamed(w, "mnuEeprom")->trigger();
       save(rig.Find("FrmEedata"), "FrmEedata.png");
+
+      lk::test::TempDir data;
+      w.SetProduction("sqlite:" + (data / "production.sqlite").string(), "");
+      QCOMPARE(Click(w, "auto"), static_cast<int>(lk::ops::Outcome::Passed));
+      ActionNamed(w, "mnuRecords")->trigger();
+      QTRY_COMPARE(rig.Find<QTableWidget>("lstRecords")->rowCount(), 1);
+      save(rig.Find("frmRecords"), "frmRecords.png");
     }
     {
       Rig rig("usb:/dev/no-such-writer");
