@@ -62,21 +62,21 @@ struct JsonRecord {
 };
 
 void PrintJson(const CliHost& host, const JsonRecord& r) {
-  std::string out = "{\"command\":" + JsonString(r.Command) + ",\"model\":" + JsonString(r.Model) +
-                    ",\"file\":" + (r.File.empty() ? "null" : JsonString(r.File)) +
-                    ",\"log\":" + JsonStringArray(host.LogLines()) +
-                    ",\"messages\":" + JsonStringArray(host.Messages()) +
-                    ",\"errors\":" + JsonStringArray(host.Errors()) +
-                    ",\"result\":" + JsonString(r.Result) +
-                    ",\"exit\":" + std::to_string(r.ExitStatus) + ",\"writer\":{\"version\":" +
-                    (r.Version ? JsonString(VersionText(*r.Version)) : "null") +
-                    ",\"id\":" + (r.Id ? std::to_string(*r.Id) : "null") +
-                    "},\"duration_ms\":" + std::to_string(r.DurationMs) +
-                    ",\"rolling\":{\"used\":" +
-                    (r.RollingCode.empty() ? "null" : JsonString(r.RollingCode)) +
-                    ",\"next\":" +
-                    (r.NextRollingCode.empty() ? "null" : JsonString(r.NextRollingCode)) + "}}";
-  std::cout << out << std::endl;
+  Json out;
+  out["command"] = r.Command;
+  out["model"] = r.Model;
+  out["file"] = TextOrNull(r.File);
+  out["log"] = host.LogLines();
+  out["messages"] = host.Messages();
+  out["errors"] = host.Errors();
+  out["result"] = r.Result;
+  out["exit"] = r.ExitStatus;
+  out["writer"]["version"] = r.Version ? Json(VersionText(*r.Version)) : Json();
+  out["writer"]["id"] = r.Id ? Json(*r.Id) : Json();
+  out["duration_ms"] = r.DurationMs;
+  out["rolling"]["used"] = TextOrNull(r.RollingCode);
+  out["rolling"]["next"] = TextOrNull(r.NextRollingCode);
+  std::cout << JsonLine(out) << std::endl;
 }
 
 }  // namespace

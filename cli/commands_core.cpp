@@ -73,15 +73,16 @@ void PrintChip(const ChipParams& chip, bool json) {
     std::cout << "ConfigWords=" << ConfigWordsText(chip) << std::endl;
     return;
   }
-  std::cout << "{";
+  Json out = Json::object();
   for (const Field& f : ChipFields(chip)) {
-    std::cout << JsonString(f.name) << ":" << (f.number ? f.text : JsonString(f.text)) << ",";
+    // Numbers as they are written (12.5, 100, -257), not as text.
+    out[f.name] = !f.number ? Json(f.text)
+                  : f.text.find('.') != std::string::npos ? Json(std::stod(f.text))
+                                                          : Json(std::stoll(f.text));
   }
-  std::cout << "\"ConfigWords\":[";
-  for (std::size_t i = 0; i < chip.ConfigWords.size(); ++i) {
-    std::cout << (i > 0 ? "," : "") << JsonString(Hex4(chip.ConfigWords[i]));
-  }
-  std::cout << "]}" << std::endl;
+  Json& words = out["ConfigWords"] = Json::array();
+  for (const std::int32_t w : chip.ConfigWords) words.push_back(Hex4(w));
+  std::cout << JsonLine(out) << std::endl;
 }
 
 int RunChips(CliContext& ctx) {
@@ -90,11 +91,7 @@ int RunChips(CliContext& ctx) {
   const std::vector<std::string> models = ListModels(host, ctx.ProgramHome());
   if (host.MessageCount() != before) return kExitUsage;  // no database
   if (ctx.Options().json) {
-    std::cout << "[";
-    for (std::size_t i = 0; i < models.size(); ++i) {
-      std::cout << (i > 0 ? "," : "") << JsonString(models[i]);
-    }
-    std::cout << "]" << std::endl;
+    std::cout << JsonLine(Json(models)) << std::endl;
   } else {
     for (const std::string& m : models) std::cout << m << "\n";
     std::cout.flush();
@@ -141,12 +138,9 @@ int RunOptions(CliContext& ctx, const std::string& file) {
   const std::vector<ConfigOptionRow> rows =
       ShowConfigOptions(host, ctx.ProgramHome(), project.Chip);
   if (ctx.Options().json) {
-    std::cout << "[";
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      std::cout << (i > 0 ? "," : "") << "{\"option\":" << JsonString(rows[i].Option)
-                << ",\"value\":" << JsonString(rows[i].Value) << "}";
-    }
-    std::cout << "]" << std::endl;
+    Json out = Json::array();
+    for (const ConfigOptionRow& row : rows) out.push_back({{"option", row.Option}, {"value", row.Value}});
+    std::cout << JsonLine(out) << std::endl;
   } else {
     for (const ConfigOptionRow& row : rows) std::cout << row.Option << "=" << row.Value << "\n";
     std::cout.flush();

@@ -1,15 +1,18 @@
-// The small JSON writer of --json: strings escaped as JSON wants them, UTF-8 kept.
+// --json output through nlohmann-json: objects keep the order their fields are set in,
+// and text that is not UTF-8 is shown with U+FFFD instead of ending the program.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 namespace lk::cli {
 
-// text as a JSON string literal, quotes included.
-std::string JsonString(const std::string& text);
+using Json = nlohmann::ordered_json;
 
-// ["a","b"]
-std::string JsonStringArray(const std::vector<std::string>& items);
+// One line of --json output.
+std::string JsonLine(const Json& value);
+
+// A text, or null when it is empty.
+Json TextOrNull(const std::string& text);
 
 }  // namespace lk::cli
