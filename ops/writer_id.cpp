@@ -4,6 +4,7 @@
 #include "link/exchange.h"
 #include "link/identity_commands.h"
 #include "link/protocol.h"
+#include "ops/frame.h"
 
 namespace lk::ops {
 namespace {
@@ -50,7 +51,7 @@ std::optional<std::uint32_t> ParseWriterIdText(const std::string& text) {
   return static_cast<std::uint32_t>(number);
 }
 
-WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
+static WriterIdSet SetWriterIdentifierOnce(Station& st, std::uint32_t id, bool increment) {
   Writer& w = st.writer;
   WriterIdSet result;
   if (!w.FindWriter() || !w.OpenWriterHandles()) {
@@ -88,7 +89,7 @@ WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
   return result;
 }
 
-Outcome ReadWriterIdentifier(Station& st) {
+static Outcome ReadWriterIdentifierOnce(Station& st, std::string& idText) {
   Writer& w = st.writer;
   if (!w.FindWriter()) {
     NotConnected(st);
@@ -108,7 +109,8 @@ Outcome ReadWriterIdentifier(Station& st) {
   } else {
     // Only the two lowest bytes are shown, whatever was set.
     const unsigned number = (*answer)[2] + 256u * (*answer)[3];
-    Inform(st.host, "读取完成！\r\n烧录器ID：" + PaddedWriterId(number, 6));
+    idText = PaddedWriterId(number, 6);
+    Inform(st.host, "读取完成！\r\n烧录器ID：" + idText);
     FinishOperation(w, true);
     w.WaitMs(50);
     outcome = Outcome::Passed;
@@ -116,6 +118,35 @@ Outcome ReadWriterIdentifier(Station& st) {
   w.CloseWriter();
   st.ui.ResumeMonitor();
   return outcome;
+}
+
+// With a production database the two writer-ID functions are refused like a chip
+// command when their record cannot be written, and leave one.
+WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
+  CommandResult record;
+  WriterIdSet result;
+  if (st.production != nullptr && !st.production->Ready(st.host)) {
+    result.Verdict = record.Verdict = Outcome::Refused;
+  } else {
+    result = SetWriterIdentifierOnce(st, id, increment);
+    record.Verdict = result.Verdict;
+    if (result.Verdict == Outcome::Passed) record.WriterId = PaddedWriterId(id, 8);
+  }
+  EndStep(record, "Writer ID", record.Verdict == Outcome::Passed);
+  if (st.production != nullptr) st.production->Record(st.host, "Writer ID Set", record);
+  return result;
+}
+
+Outcome ReadWriterIdentifier(Station& st) {
+  CommandResult record;
+  if (st.production != nullptr && !st.production->Ready(st.host)) {
+    record.Verdict = Outcome::Refused;
+  } else {
+    record.Verdict = ReadWriterIdentifierOnce(st, record.WriterId);
+  }
+  EndStep(record, "Writer ID", record.Verdict == Outcome::Passed);
+  if (st.production != nullptr) st.production->Record(st.host, "Writer ID Read", record);
+  return record.Verdict;
 }
 
 }  // namespace lk::ops
