@@ -28,6 +28,8 @@
 #include "core/quiet_host.h"
 #include "ops/auto_sequence.h"
 #include "ops/connection_monitor.h"
+#include "ops/production.h"
+#include "prod/database.h"
 #include "sim/sim_bus.h"
 #include "sim/sim_writer.h"
 
@@ -117,6 +119,54 @@ int main(int argc, char** argv) {
   }
   std::printf("auto_bench ratio (best of 3): %.3f (goal >= 0.98)\n", best);
 
+  // The production database's cost: the same Auto with the rolling code on, without and
+  // with the serial ledger and the record (SQLite in a scratch folder), rounds
+  // alternating. Prints off / on (goal >= 0.98).
+  const fs::path prodDir = fs::temp_directory_path() / ("auto_bench_db." + std::to_string(getpid()));
+  fs::create_directories(prodDir);
+  std::ofstream(prodDir / "bench.ini") << "[Rolling Code]\r\nAddress=7F3 7F2 7F1 7F0\r\n"
+                                          "World_Lenth=4\r\nMode=False\r\nCount=1 0 0 0\r\n"
+                                          "Step=0 0 0 1\r\nValue=True\r\n2262mode=0\r\n"
+                                          "Version=1.0\r\n";
+  project.ProjectPath = (prodDir / "bench.lkx").string();
+  project.RollingEnabled = true;
+  auto db = lk::prod::OpenDatabase("sqlite:" + (prodDir / "production.sqlite").string());
+  if (!db) {
+    std::fprintf(stderr, "auto_bench: %s\n", db.ErrorText().c_str());
+    return 1;
+  }
+  double bestOff = 1e9, bestOn = 1e9;
+  for (int round = 0; round < 6; ++round) {
+    const bool on = round % 2 == 1;
+    lk::sim::SimConfig config;
+    config.chipModel = model;
+    config.timing = true;
+    lk::Writer writer(lk::sim::MakeSimBus(host, programHome, config));
+    writer.FindWriter();
+    writer.OpenWriterHandles();
+    lk::ops::QueryWriter(writer, false);
+    writer.CloseWriter();
+    lk::ops::NullFrameUi ui;
+    lk::ops::Station st{host, ui, programHome, project, writer};
+    lk::ops::ProductionRun production(**db, project, writer, "");
+    if (on) st.production = &production;
+    const auto start = Clock::now();
+    const lk::ops::CommandResult result = lk::ops::Auto(st, true);
+    const double secs = std::chrono::duration<double>(Clock::now() - start).count();
+    if (result.Verdict != lk::ops::Outcome::Passed || (on && !production.Recorded())) {
+      std::fprintf(stderr, "auto_bench: the run with the rolling code failed (%s)\n",
+                   result.FailureLine.c_str());
+      return 1;
+    }
+    (on ? bestOn : bestOff) = std::min(on ? bestOn : bestOff, secs);
+  }
+  std::printf("auto 4096 words, rolling code: ledger and record off %.1f ms, on %.1f ms, "
+              "ratio off/on %.3f (goal >= 0.98)\n",
+              bestOff * 1000, bestOn * 1000, bestOff / bestOn);
+  project.ProjectPath.clear();
+  project.RollingEnabled = false;
+  fs::remove_all(prodDir);
+
   // Peak memory of the command line on the same chip, with an image file of its own.
   const fs::path scratch = fs::temp_directory_path() / ("auto_bench." + std::to_string(getpid()));
   fs::create_directories(scratch);
@@ -128,7 +178,9 @@ int main(int argc, char** argv) {
   }
   std::ofstream(scratch / "image.bin", std::ios::binary) << bin;
   const long kb = PeakKilobytes({(home / "lkwriter-cli").string(), "--home", home.string(),
-                                 "--chip", model, "--device", "sim", "--sim-state",
+                                 "--chip", model, "--db",
+                                 "sqlite:" + (scratch / "production.sqlite").string(),
+                                 "--device", "sim", "--sim-state",
                                  (scratch / "w.state").string(), "auto",
                                  (scratch / "image.bin").string()});
   fs::remove_all(scratch);
