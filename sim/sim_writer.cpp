@@ -62,11 +62,6 @@ std::uint16_t WordAt(const std::vector<std::uint16_t>& words, size_t index) {
   return index < words.size() ? words[index] : 0xFFFF;
 }
 
-long CountAnswers(const std::vector<LoggedPacket>& log) {
-  return static_cast<long>(
-      std::count_if(log.begin(), log.end(), [](const LoggedPacket& e) { return e.answer; }));
-}
-
 }  // namespace
 
 SimWriter::SimWriter(Host& host, const SimConfig& config, SimFault fault, SimState state)
@@ -100,13 +95,13 @@ bool SimWriter::Accept(const Report& report, std::optional<Report>& answer, long
   const std::uint8_t* p = entry.packet.data();
 
   if (fault_.At(FaultKind::NoAnswer, number)) {
-    log_.push_back(entry);
+    Remember(entry);
     return true;
   }
   if (fault_.At(FaultKind::BadCode, number)) {
     if (!AnswersNothing(p[1])) answer = Checked(kFaultAnswerCode);
     entry.answer = answer;
-    log_.push_back(entry);
+    Remember(entry);
     return true;
   }
 
@@ -121,7 +116,7 @@ bool SimWriter::Accept(const Report& report, std::optional<Report>& answer, long
     }
   }
   entry.answer = answer;
-  log_.push_back(entry);
+  Remember(entry);
   wordsProgrammed_ += words;
   if (changed && !config_.stateFile.empty()) Save();
   return true;
@@ -445,9 +440,15 @@ void SimWriter::Save() {
   }
 }
 
+void SimWriter::Remember(const LoggedPacket& entry) {
+  if (entry.answer) ++answers_;
+  if (log_.size() == kLogCapacity) log_.pop_front();
+  log_.push_back(entry);
+}
+
 std::vector<LoggedPacket> SimWriter::Log() const {
   std::lock_guard lock(mutex_);
-  return log_;
+  return std::vector<LoggedPacket>(log_.begin(), log_.end());
 }
 
 SimState SimWriter::State() const {
@@ -468,7 +469,7 @@ long SimWriter::WordsProgrammed() const {
 std::chrono::microseconds SimWriter::TimeCharged() const {
   // One lock for all three counts, so that a packet in between cannot split them.
   std::lock_guard lock(mutex_);
-  return TimingBound(packets_ + CountAnswers(log_), wordsProgrammed_);
+  return TimingBound(packets_ + answers_, wordsProgrammed_);
 }
 
 }  // namespace lk::sim

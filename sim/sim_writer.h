@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -98,6 +99,9 @@ class SimWriter {
   bool Accept(const Report& report, std::optional<Report>& answer, long& words, std::string& error);
 
   // --- inspection, for tests and benchmarks ---
+  // The last kLogCapacity packets, oldest first: a writer that answers "busy" for a
+  // minute takes thousands of packets a second, and none of them may pile up.
+  static constexpr std::size_t kLogCapacity = 16384;
   std::vector<LoggedPacket> Log() const;
   SimState State() const;
   long PacketCount() const;
@@ -121,14 +125,17 @@ class SimWriter {
   bool FrameLengthOk(const std::uint8_t* p) const;
   bool FirstGeneration() const;
   void Save();
+  // Into the log (the mutex held).
+  void Remember(const LoggedPacket& entry);
 
   Host& host_;
   SimConfig config_;
   SimFault fault_;
   SimState state_;
   mutable std::mutex mutex_;
-  std::vector<LoggedPacket> log_;
+  std::deque<LoggedPacket> log_;
   long packets_ = 0;
+  long answers_ = 0;  // every answer given, also those gone from the log
   bool gone_ = false;
   long wordsProgrammed_ = 0;
   // First generation: the address the next read or program packet works on.

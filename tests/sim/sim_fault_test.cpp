@@ -117,6 +117,13 @@ TEST(SimFaultTest, BusyNeverEndsFromPacketN) {
   EXPECT_EQ(rig.Code(Packet(kReady)), kAnswerBusy);
   EXPECT_EQ(rig.Code(Packet(kReady)), kAnswerOk);
   for (int i = 0; i < 50; ++i) ASSERT_EQ(rig.Code(Packet(kReady)), kAnswerBusy) << i;
+  // A writer busy for minutes: the log keeps only the last packets, and the timing
+  // model still charges every packet and answer.
+  const long more = static_cast<long>(SimWriter::kLogCapacity) + 100;
+  for (long i = 0; i < more; ++i) rig.Code(Packet(kReady));
+  const long packets = rig.writer->PacketCount();
+  EXPECT_EQ(rig.writer->Log().size(), SimWriter::kLogCapacity);
+  EXPECT_EQ(rig.writer->TimeCharged(), TimingBound(2 * packets, 0));
 }
 
 TEST(SimFaultTest, WrongChipFromPacketN) {
