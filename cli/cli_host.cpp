@@ -105,6 +105,11 @@ void CliHost::FileUnreadable(const std::string& text) {
   Message(Icon::Critical, text, kAppTitle);
 }
 
+void CliHost::FileUnwritable(const std::string& text) {
+  unreadable_ = true;  // the run fails the same way: exit 2 after the command
+  Message(Icon::Critical, text, kAppTitle);
+}
+
 void CliHost::Diagnostic(const std::string& line) {
   if (verbose_ && !quiet_) std::cerr << "diag: " << line << std::endl;
 }

@@ -30,6 +30,7 @@ class CliHost : public Host {
   void Status(int panel, const std::string& text) override;
   void Diagnostic(const std::string& line) override;
   void FileUnreadable(const std::string& text) override;
+  void FileUnwritable(const std::string& text) override;
 
   // Prints the line held back, if any.
   void Flush();

@@ -1,12 +1,15 @@
 // show FILE and convert IN OUT.lkx: the open dispatcher and Save from a shell.
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include "cli/commands.h"
+#include "core/bounded_read.h"
 #include "core/image.h"
 #include "files/open_path.h"
 #include "files/project_file.h"
+#include "files/read_support.h"
 
 namespace lk::cli {
 namespace {
@@ -32,7 +35,19 @@ int OpenForCommand(CliContext& ctx, const std::string& file, OpenResult& result)
     return kExitUsage;
   }
   result = OpenPath(ctx.Ui(), ctx.ProgramHome(), project, file);
-  if (!result.Opened) return kExitUsage;
+  if (!result.Opened) {
+    // A missing file has said so; of one that is there the message box says only "Open
+    // File Error!", so the shell is told which file and why.
+    std::error_code ec;
+    if (std::filesystem::symlink_status(file, ec).type() != std::filesystem::file_type::not_found) {
+      std::string bytes;
+      const ReadOutcome read = ReadRegularFile(file, files::kMaxTextFileBytes, bytes);
+      ctx.Ui().Error(file + ": " +
+                     (read.Ok() ? "not a program image or project of a kind this program reads"
+                                : read.reason));
+    }
+    return kExitUsage;
+  }
   return result.ReservedWiped ? kExitFailed : kExitOk;
 }
 

@@ -48,6 +48,12 @@ class Host {
   virtual void FileUnreadable(const std::string& text) {
     Message(Icon::Critical, text, kAppTitle);
   }
+
+  // A data file the program keeps could not be written (a full disk, a folder that went
+  // away); text names it and says why. Shown once; a command line fails the run on it.
+  virtual void FileUnwritable(const std::string& text) {
+    Message(Icon::Critical, text, kAppTitle);
+  }
 };
 
 }  // namespace lk

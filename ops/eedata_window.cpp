@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "core/bounded_read.h"
 #include "core/numeric_text.h"
 #include "core/text_lines.h"
 #include "files/open_path.h"
@@ -45,8 +46,21 @@ std::uint32_t HexValue(std::string_view field) {
 
 EedataLoad LoadEedataHex(Host& host, ChipParams& chip, const std::string& path) {
   std::string text;
-  if (!IsFile(path) || !files::ReadImageFile(host, path, files::kMaxTextFileBytes, text)) {
+  std::error_code ec;
+  if (path.empty() || std::filesystem::symlink_status(path, ec).type() ==
+                          std::filesystem::file_type::not_found) {
     host.Message(Icon::Information, "未找到文件路径！", kAppTitle);
+    return EedataLoad::NotFound;
+  }
+  // Something of that name that is no file to read (a FIFO, a folder, a link round in a
+  // loop, too large, refused): say what it is rather than that nothing is there.
+  ReadOutcome outcome = ReadRegularFile(path, files::kMaxTextFileBytes, text);
+  if (!outcome.Ok()) {
+    if (outcome.problem == ReadProblem::Missing) {
+      outcome.problem = ReadProblem::Unreadable;
+      outcome.reason = "the link leads nowhere or round in a loop";
+    }
+    host.FileUnreadable(CannotReadText(path, outcome));
     return EedataLoad::NotFound;
   }
   // Loaded into a copy, so that a refused file changes nothing.

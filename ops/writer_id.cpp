@@ -125,6 +125,12 @@ static Outcome ReadWriterIdentifierOnce(Station& st, std::string& idText) {
 WriterIdSet SetWriterIdentifier(Station& st, std::uint32_t id, bool increment) {
   CommandResult record;
   WriterIdSet result;
+  if (increment && id == 0xFFFFFFFFu) {
+    // The next writer's number would not fit the identifier: refused before any packet.
+    Inform(st.host, "烧录器ID " + std::to_string(id) + " 已是最大值，不能再自动加 1！");
+    result.Verdict = Outcome::Refused;
+    return result;
+  }
   if (st.production != nullptr && !st.production->Ready(st.host)) {
     result.Verdict = record.Verdict = Outcome::Refused;
   } else {

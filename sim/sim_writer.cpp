@@ -437,6 +437,12 @@ void SimWriter::Save() {
   std::string error;
   if (!SaveStateFile(config_.stateFile, state_, error)) {
     host_.Diagnostic("simulated writer: cannot save " + config_.stateFile + ": " + error);
+    // Once: every packet that changes the chip tries again.
+    if (!saveFailed_) {
+      saveFailed_ = true;
+      host_.FileUnwritable("The simulated writer's state could not be saved to \"" +
+                           config_.stateFile + "\": " + error + ".");
+    }
   }
 }
 

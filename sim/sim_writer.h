@@ -136,6 +136,7 @@ class SimWriter {
   std::deque<LoggedPacket> log_;
   long packets_ = 0;
   long answers_ = 0;  // every answer given, also those gone from the log
+  bool saveFailed_ = false;
   bool gone_ = false;
   long wordsProgrammed_ = 0;
   // First generation: the address the next read or program packet works on.

@@ -2,6 +2,7 @@
 // contract of lines, messages and exit statuses, the state kept between runs, and the
 // safety rules (no traffic for a refused file, bounded waits).
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
@@ -82,8 +83,22 @@ TEST_F(CliChipTest, ContractOfFailures) {
       {"--device sim --chip QVM50P99 --sim-fault unplug@9 program " +
            Path("examples/qvm50p99.lkx"),
        1, "Program Fail!\n", "error: the writer is gone"},
+      // Each says what is wrong with the file, not only that something failed.
+      {"--chip QVM50P99 show " + Path("fifo.hex"), 2, "", "fifo.hex: it is a FIFO"},
+      {"--chip QVM50P99 convert " + Path("fifo.hex") + " " + Path("out.lkx"), 2, "",
+       "fifo.hex: it is a FIFO"},
+      {"--device sim --chip QVM50F77B eedata-write " + Path("dir.hex"), 2, "",
+       "dir.hex\": it is a folder"},
+      {"--device sim --chip QVM50F77B eedata-write " + Path("fifo.hex"), 2, "", "FIFO"},
+      {"--device sim id-set 4294967295 --increment", 2, "", "已是最大值"},
+      // A simulated writer that cannot keep its state says so, and the run fails.
+      {"--device sim --chip QVM50P99 --sim-state " + Path("notes.txt/w.state") + " program " +
+           Path("examples/qvm50p99.lkx"),
+       2, "Program OK!\nConfig OK!\n", "state could not be saved"},
   };
   dir.Write("notes.txt", "hello");
+  ASSERT_EQ(::mkfifo((dir / "fifo.hex").c_str(), 0644), 0);
+  std::filesystem::create_directories(dir / "dir.hex");
   for (const Case& c : cases) {
     const CliResult r = RunCli(dir.Path(), c.args);
     EXPECT_EQ(r.exitCode, c.exit) << c.args << "\n" << r.err;

@@ -55,7 +55,8 @@ TEST_F(CliFileTest, ShowReportsFileErrors) {
   dir.Write("bad.lkx", "TINY!");
   r = Run("show " + PathOf("bad.lkx"));
   EXPECT_EQ(r.exitCode, 2);
-  EXPECT_EQ(r.err, "message: Open File Error!\n");
+  EXPECT_EQ(r.err, "message: Open File Error!\nerror: " + (dir / "bad.lkx").string() +
+                       ": not a program image or project of a kind this program reads\n");
 
   EXPECT_EQ(Run("show").exitCode, 2) << "FILE is required";
 }
