@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 #include "core/atomic_file.h"
 #include "core/text_codec.h"
@@ -65,6 +66,21 @@ WriterLine ParseForWriting(std::string_view raw) {
 }
 
 // The line break the file already uses (CR LF for a file without any).
+// The lines of text, each with its "\n" (the last one may have none). GBK and UTF-8 never
+// hold a 0x0A byte inside a character, so the bytes of a file and its decoded text split
+// into the same lines.
+std::vector<std::string> SplitKeepingEnds(const std::string& text) {
+  std::vector<std::string> lines;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    const std::size_t end = text.find('\n', start);
+    const std::size_t stop = end == std::string::npos ? text.size() : end + 1;
+    lines.push_back(text.substr(start, stop - start));
+    start = stop;
+  }
+  return lines;
+}
+
 std::string DetectLineEnd(const std::string& text) {
   const std::size_t pos = text.find_first_of("\r\n");
   if (pos == std::string::npos) return "\r\n";
@@ -254,9 +270,36 @@ bool WriteValues(Host& host, const std::filesystem::path& path, const std::strin
   const TextEncoding encoding = DetectEncoding(bytes);
   std::string text = DecodeText(bytes, encoding);
   const std::string eol = DetectLineEnd(text);
-  for (const auto& [key, value] : entries) SetEntry(text, eol, section, key, value);
-
-  const std::string encoded = EncodeText(text, encoding);
+  // Every line as read, with its bytes from the file: a line the writer does not change
+  // keeps them, even bytes that are neither text of the file's encoding nor UTF-8 (they
+  // would come back as "?" from a decode and encode).
+  std::vector<std::string> lines = SplitKeepingEnds(text);
+  std::vector<std::optional<std::string>> raw;
+  for (std::string& line : SplitKeepingEnds(bytes)) raw.emplace_back(std::move(line));
+  if (raw.size() != lines.size()) raw.assign(lines.size(), std::nullopt);  // never expected
+  for (const auto& [key, value] : entries) {
+    std::string changed = text;
+    SetEntry(changed, eol, section, key, value);
+    std::vector<std::string> next = SplitKeepingEnds(changed);
+    // The lines before and after the change are the same lines: only those between are new.
+    std::size_t head = 0;
+    while (head < lines.size() && head < next.size() && lines[head] == next[head]) ++head;
+    std::size_t tail = 0;
+    while (tail < lines.size() - head && tail < next.size() - head &&
+           lines[lines.size() - 1 - tail] == next[next.size() - 1 - tail]) {
+      ++tail;
+    }
+    std::vector<std::optional<std::string>> merged(raw.begin(), raw.begin() + head);
+    merged.resize(next.size() - tail);
+    merged.insert(merged.end(), raw.end() - static_cast<std::ptrdiff_t>(tail), raw.end());
+    raw = std::move(merged);
+    lines = std::move(next);
+    text = std::move(changed);
+  }
+  std::string encoded;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    encoded += raw[i] ? *raw[i] : EncodeText(lines[i], encoding);
+  }
   // Nothing changed: leave the file (and the disk) alone.
   if (encoded == bytes) return true;
   std::string error;

@@ -1,6 +1,8 @@
 #include "core/profile.h"
 
 #include <gtest/gtest.h>
+
+#include <random>
 #include <sys/stat.h>
 
 #include "tests/support/recording_host.h"
@@ -193,6 +195,33 @@ TEST(ProfileWriteValuesTest, SeveralKeysInOneRewriteAndNoRewriteWhenUnchanged) {
   EXPECT_EQ(st1.st_ino, st2.st_ino);
   EXPECT_EQ(before, std::filesystem::last_write_time(p));
   EXPECT_TRUE(host.messages.empty());
+}
+
+// A rewrite changes the line of its key and nothing else: random lines of any bytes
+// (GBK, UTF-8, neither) around a settings section stay byte for byte.
+TEST(ProfileWriteValuesTest, UntouchedLinesKeepTheirBytes) {
+  TempDir dir;
+  RecordingHost host;
+  std::mt19937 random(20261124);
+  for (int round = 0; round < 200; ++round) {
+    auto junk = [&random] {
+      std::string line;
+      const int n = static_cast<int>(random() % 40);
+      for (int i = 0; i < n; ++i) {
+        char c = static_cast<char>(random() % 256);
+        if (c == '\n' || c == '\r' || c == '[' || c == ';' || c == '=') c = '\xA9';
+        line += c;
+      }
+      return line;
+    };
+    std::string before, after;
+    for (int i = 0; i < 5; ++i) before += junk() + "\r\n";
+    const std::string tail = "\xB2\xE2\xFF\xFE=" + junk() + "\r\n" + junk() + "\r\n";
+    const std::string head = before + "[Rolling Code]\r\n" + junk() + "\r\n";
+    const auto p = dir.Write("r.ini", head + "Count=1 2 3 4\r\n" + tail);
+    ASSERT_TRUE(WriteValue(host, p, "Rolling Code", "Count", "1 2 3 5"));
+    ASSERT_EQ(dir.Read("r.ini"), head + "Count=1 2 3 5\r\n" + tail) << round;
+  }
 }
 
 TEST(ProfileWriteMissingTest, NeverCreatesAFileNorWaitsForAFifo) {
