@@ -12,11 +12,12 @@
 #include "files/open_path.h"
 #include "ops/connection_monitor.h"
 #include "ops/open_document.h"
+#include "ops/result_lines.h"
 
 namespace lk::cli {
 namespace {
 
-constexpr const char* kNoDevice = "No Device Connected";
+constexpr const char* kNoDevice = ops::kNoDeviceConnected;
 
 int Probe(CliContext& context) {
   std::unique_ptr<Writer> writer = MakeCliWriter(context);

@@ -69,7 +69,6 @@ VerifyResult VerifyEedata(Writer& writer, const ChipParams& chip, Target target)
   const std::vector<std::uint8_t> expected = EeImage(chip);
   const auto read = ReadEedata(writer, chip, target);
   if (!read) {
-    result.Status = 1;
     result.Why = read.Why();
     return result;
   }

@@ -5,12 +5,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 namespace lk {
 
-enum class Fault : std::uint8_t {
+enum class [[nodiscard]] Fault : std::uint8_t {
   None,
   NotOpen,        // no link: the writer was never opened or has been closed
   Timeout,        // no answer within the receive timeout
@@ -32,7 +33,7 @@ const char* FaultText(Fault fault);
 
 // Data or the fault that kept it from coming.
 template <class T>
-class Result {
+class [[nodiscard]] Result {
  public:
   Result(T value) : value_(std::move(value)) {}  // NOLINT: implicit on purpose
   Result(Fault fault) : fault_(fault) {}         // NOLINT
@@ -40,12 +41,18 @@ class Result {
   bool Ok() const { return fault_ == Fault::None; }
   explicit operator bool() const { return Ok(); }
   Fault Why() const { return fault_; }
-  const T& operator*() const { return *value_; }
-  T& operator*() { return *value_; }
-  const T* operator->() const { return &*value_; }
-  T* operator->() { return &*value_; }
+  // Reading the value of a fault is a programming error, caught rather than undefined.
+  const T& operator*() const { return Value(); }
+  T& operator*() { return const_cast<T&>(static_cast<const Result&>(*this).Value()); }
+  const T* operator->() const { return &Value(); }
+  T* operator->() { return &**this; }
 
  private:
+  const T& Value() const {
+    if (!value_) throw std::logic_error(std::string("link Result without a value: ") + FaultText(fault_));
+    return *value_;
+  }
+
   std::optional<T> value_;
   Fault fault_ = Fault::None;
 };

@@ -101,7 +101,6 @@ Fault SendWords(Writer& writer, const std::vector<std::int32_t>& words, int coun
 
 VerifyResult Stopped(Fault why) {
   VerifyResult result;
-  result.Status = 1;
   result.Why = why;
   return result;
 }

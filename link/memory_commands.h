@@ -15,11 +15,12 @@
 namespace lk {
 
 // What a verify leaves for the result lines "Data Address:", "File Data:", "MCU Data:".
-struct VerifyResult {
+struct [[nodiscard]] VerifyResult {
   bool Pass = false;
-  // 1 = the verify stopped before anything could be compared; Why says what stopped it.
-  int Status = 0;
+  // What stopped the verify before anything could be compared; None when it compared
+  // (and Pass says how that went).
   Fault Why = Fault::None;
+  bool Stopped() const { return Why != Fault::None; }
   std::string Address;   // "0000" form, "Config(i)" or "eedata(i)"
   std::string FileData;  // "0000" form
   std::string ChipData;  // "0000" form

@@ -40,7 +40,7 @@ bool Writer::OpenWriterHandles() {
   if (bus_ == nullptr) return false;
   transport_ = bus_->Open();
   if (!transport_) {
-    Fail(Fault::NotOpen, "CreateFile, ReadHandle: the writer could not be opened");
+    (void)Fail(Fault::NotOpen, "CreateFile, ReadHandle: the writer could not be opened");
     return false;
   }
   return true;

@@ -6,6 +6,7 @@
 #include "link/memory_commands.h"
 #include "ops/chip_commands.h"
 #include "ops/frame.h"
+#include "ops/result_lines.h"
 
 namespace lk::ops {
 namespace {
@@ -59,12 +60,12 @@ CommandResult Auto(Station& st, bool withBlank) {
 
     NextStep(w);
     const VerifyResult rom = VerifyRom(w, chip, roll ? &*roll : nullptr);
-    if (rom.Status == 1) {
+    if (rom.Stopped()) {
       ShowStepMessage(st, rom.Why);
-      return fail("Verify", "Verify Fail!");
+      return fail("Verify", kVerifyFail);
     }
     if (!rom.Pass) {
-      fail("Verify", "Verify Fail!", false);
+      fail("Verify", kVerifyFail, false);
       LogVerifyFailure(host, rom, false);
       return false;
     }
@@ -90,7 +91,7 @@ CommandResult Auto(Station& st, bool withBlank) {
     NextStep(w);
     const VerifyResult config = VerifyConfig(w, chip);
     if (!config.Pass) {
-      fail("Verify Config", "Verify Fail!", false);
+      fail("Verify Config", kVerifyFail, false);
       LogVerifyFailure(host, config, true);  // "Verify Fail!" takes the place of "Config OK!"
       return false;
     }

@@ -6,14 +6,15 @@
 #include "link/exchange.h"
 #include "link/protocol.h"
 #include "ops/frame.h"
+#include "ops/result_lines.h"
 
 namespace lk::ops {
 
 void LogVerifyFailure(Host& host, const VerifyResult& result, bool overwriteLast) {
   if (overwriteLast) {
-    host.ReplaceLastLog("Verify Fail!");
+    host.ReplaceLastLog(kVerifyFail);
   } else {
-    host.Log("Verify Fail!");
+    host.Log(kVerifyFail);
   }
   host.Log("Data Address:" + result.Address);
   host.Log("File Data:" + result.FileData);
@@ -78,7 +79,7 @@ CommandResult Verify(Station& st) {
     const ChipParams& chip = st.project.Chip;
     auto failed = [&](const char* step) {
       EndStep(result, step, false, w.LastFault());
-      result.FailureLine = "Verify Fail!";
+      result.FailureLine = kVerifyFail;
       return false;
     };
     if (VerifyChecksConfigFirst(chip)) {
@@ -86,7 +87,7 @@ CommandResult Verify(Station& st) {
       // without it is not compared at all. The line comes before the end of the session.
       const auto config = ReadWords(w, chip.ConfigLength, proto::kReadConfig);
       if (!config || config->size() < 2 || ((*config)[1] & 0x2) == 0) {
-        st.host.Log("Verify Fail!");
+        st.host.Log(kVerifyFail);
         FinishOperation(w, false);
         return failed("Verify Config");
       }
@@ -94,10 +95,10 @@ CommandResult Verify(Station& st) {
     NextStep(w);
     const auto roll = RollingSettingsFor(st);
     const VerifyResult rom = VerifyRom(w, chip, roll ? &*roll : nullptr);
-    if (rom.Status == 1) {
+    if (rom.Stopped()) {
       ShowStepMessage(st, rom.Why);
       FinishOperation(w, false);
-      st.host.Log("Verify Fail!");
+      st.host.Log(kVerifyFail);
       return failed("Verify");
     }
     if (!rom.Pass) {

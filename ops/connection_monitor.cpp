@@ -4,6 +4,7 @@
 #include "link/exchange.h"
 #include "link/identity_commands.h"
 #include "ops/writer_id.h"
+#include "ops/result_lines.h"
 
 namespace lk::ops {
 
@@ -31,7 +32,7 @@ std::string WriterIdLine(std::uint32_t id) { return "烧录器ID：" + PaddedWri
 TickResult MonitorTick(Host& host, Writer& writer, MonitorState& state, WatchedFile& file) {
   TickResult result;
   if (!writer.FindWriter()) {
-    host.Status(4, "No Device Connected");
+    host.Status(4, kNoDeviceConnected);
     if (state.WriterConnected) {
       host.ClearLog();
       host.Log("烧录器断开连接！");

@@ -34,7 +34,7 @@ bool StoreProject(Station& st) {
   }
   ReturnToIdle(w);
   const VerifyResult rom = VerifyRom(w, chip, nullptr, Target::Store);
-  if (rom.Status == 1 || !rom.Pass) return false;
+  if (rom.Stopped() || !rom.Pass) return false;
   if (!VerifyConfig(w, chip, Target::Store).Pass) return false;
   if (CheckStoredSum(w, imageSum) != Fault::None) return false;
   ReturnToIdle(w);

@@ -44,6 +44,7 @@
 #include "ui/on_gui.h"
 #include "ui/roll_dialog.h"
 #include "ui/writer_id_dialog.h"
+#include "ops/result_lines.h"
 
 namespace lk::ui {
 namespace {
@@ -432,7 +433,7 @@ void MainWindow::BuildStatusBar() {
     bar->addPermanentWidget(panel, stretch[i]);
     panels_.push_back(panel);
   }
-  ShowText(panels_[3], "No Device Connected");
+  ShowText(panels_[3], ops::kNoDeviceConnected);
 }
 
 QString MainWindow::StatusPanel(int panel) const {

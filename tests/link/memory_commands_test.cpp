@@ -201,15 +201,20 @@ TEST(VerifyRomTest, FirstDifferenceFillsTheResult) {
   f.memory.rom[0x30] = 0x0000;
   VerifyResult result = VerifyRom(f.writer, chip, nullptr);
   EXPECT_FALSE(result.Pass);
-  EXPECT_EQ(result.Status, 0);
+  EXPECT_FALSE(result.Stopped());
   EXPECT_EQ(result.Address, "002A");
   EXPECT_EQ(result.FileData, "3FFF");
   EXPECT_EQ(result.ChipData, "0123");
   f.wire->script = {std::nullopt};
   result = VerifyRom(f.writer, chip, nullptr);
   EXPECT_FALSE(result.Pass);
-  EXPECT_EQ(result.Status, 1);
+  EXPECT_TRUE(result.Stopped());
   EXPECT_EQ(result.Why, Fault::Timeout);
+  // The words of a read that failed cannot be taken by mistake.
+  f.wire->script = {std::nullopt};
+  const auto words = ReadRom(f.writer, chip);
+  ASSERT_FALSE(words.Ok());
+  EXPECT_THROW((void)*words, std::logic_error);
 }
 
 TEST(VerifyRomTest, FeffToleranceOfTheDModels) {
