@@ -7,6 +7,7 @@
 
 #include "cli/commands.h"
 #include "core/atomic_file.h"
+#include "ops/production.h"
 #include "prod/chip_records.h"
 #include "prod/database.h"
 #include "prod/serial_ledger.h"
@@ -71,7 +72,7 @@ int Stats(CliContext& ctx, const std::string& series) {
   int status = kExitOk;
   prod::Database* db = OpenOrSay(ctx, status);
   if (db == nullptr) return status;
-  auto rows = prod::ChipRecords(*db).Stats(series);
+  auto rows = prod::ChipRecords(*db).Stats(series, ops::kUncountedCommands);
   prod::SerialLedger ledger(*db);
   auto names = ledger.SeriesNames();
   if (!rows || !names) {

@@ -52,6 +52,11 @@ class ProductionRun final : public Production {
   std::string version_;
 };
 
+// The commands whose records are no chip passed or failed (the EEDATA window's reads
+// and writes, the writer's ID): the counters and the stats leave them out.
+inline const std::vector<std::string> kUncountedCommands = {"EEDATA Read", "EEDATA Write",
+                                                             "Writer ID Set", "Writer ID Read"};
+
 // A firmware version word as the records and --json show it ("3.1": low byte first).
 std::string WriterVersionText(std::uint32_t version);
 

@@ -1,5 +1,6 @@
 #include "prod/chip_records.h"
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <tuple>
@@ -110,7 +111,8 @@ Status ChipRecords::ExportCsv(std::ostream& out) {
   return out ? Ok() : Status::Error("the export could not be written");
 }
 
-Result<std::vector<StatsRow>> ChipRecords::Stats(const std::string& series) {
+Result<std::vector<StatsRow>> ChipRecords::Stats(const std::string& series,
+                                                 const std::vector<std::string>& uncounted) {
   auto rows = db_.Query("SELECT record FROM chip_record ORDER BY id");
   if (!rows) return Result<std::vector<StatsRow>>::Error(rows.ErrorText());
   // Kept in the order series, day, writer; keys sorted within each.
@@ -130,6 +132,9 @@ Result<std::vector<StatsRow>> ChipRecords::Stats(const std::string& series) {
     if (result != "passed" && result != "failed") continue;
     const std::string s = Text(j, "series");
     if (!series.empty() && s != series) continue;
+    if (std::find(uncounted.begin(), uncounted.end(), Text(j, "command")) != uncounted.end()) {
+      continue;
+    }
     const bool passed = result == "passed";
     const json writer = j.value("writer", json::object());
     std::string w = Text(writer, "id");
@@ -164,16 +169,21 @@ Result<std::vector<RecordRow>> ChipRecords::Last(int count, const std::string& f
   return out;
 }
 
-Result<std::pair<std::int64_t, std::int64_t>> ChipRecords::Counts(const std::string& station) {
+Result<std::pair<std::int64_t, std::int64_t>> ChipRecords::Counts(
+    const std::string& station, const std::vector<std::string>& uncounted) {
   using Pair = std::pair<std::int64_t, std::int64_t>;
-  // The station and the result are in the JSON text; these two exact substrings are how
-  // the record writer spells them.
-  const std::string who = "%\"station\":" + json(station).dump() + "%";
-  auto rows = db_.Query(
+  // The station, the command and the result are in the JSON text; these exact
+  // substrings are how the record writer spells them.
+  std::vector<std::string> params = {"%\"station\":" + json(station).dump() + "%"};
+  std::string sql =
       "SELECT sum(CASE WHEN record LIKE '%\"result\":\"passed\"%' THEN 1 ELSE 0 END),"
       " sum(CASE WHEN record LIKE '%\"result\":\"failed\"%' THEN 1 ELSE 0 END)"
-      " FROM chip_record WHERE record LIKE ?",
-      {who});
+      " FROM chip_record WHERE record LIKE ?";
+  for (const std::string& command : uncounted) {
+    sql += " AND record NOT LIKE ?";
+    params.push_back("%\"command\":" + json(command).dump() + "%");
+  }
+  auto rows = db_.Query(sql, params);
   if (!rows) return Result<Pair>::Error(rows.ErrorText());
   auto num = [](const std::string& s) { return s.empty() ? 0 : std::stoll(s); };
   return Pair{num(rows->at(0).at(0)), num(rows->at(0).at(1))};

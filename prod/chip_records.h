@@ -44,12 +44,15 @@ class ChipRecords {
   Status ExportCsv(std::ostream& out);
   Status ExportJsonl(std::ostream& out);
   // Passed, failed and total chip commands per series, per UTC day and per writer (its
-  // ID, else its path); only the series `series` when it is not empty.
-  Result<std::vector<StatsRow>> Stats(const std::string& series);
+  // ID, else its path); only the series `series` when it is not empty. Records of the
+  // commands named in `uncounted` are left out.
+  Result<std::vector<StatsRow>> Stats(const std::string& series,
+                                      const std::vector<std::string>& uncounted = {});
   // The last `count` records, newest first, whose text holds `filter` (all when empty).
   Result<std::vector<RecordRow>> Last(int count, const std::string& filter);
-  // Passed and failed chip commands of one station.
-  Result<std::pair<std::int64_t, std::int64_t>> Counts(const std::string& station);
+  // Passed and failed chip commands of one station, but those named in `uncounted`.
+  Result<std::pair<std::int64_t, std::int64_t>> Counts(const std::string& station,
+                                                       const std::vector<std::string>& uncounted = {});
 
  private:
   Database& db_;

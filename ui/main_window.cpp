@@ -909,7 +909,7 @@ bool MainWindow::RunCommand(const QString& name, Command command,
     }
     std::optional<std::pair<std::int64_t, std::int64_t>> counts;
     if (db != nullptr) {
-      if (auto c = prod::ChipRecords(*db).Counts(prod::StationName()); c.Ok()) counts = *c;
+      if (auto c = prod::ChipRecords(*db).Counts(prod::StationName(), ops::kUncountedCommands); c.Ok()) counts = *c;
     }
     const std::string faultText =
         result.Verdict == ops::Outcome::Failed && result.Why != Fault::None
@@ -956,7 +956,7 @@ void MainWindow::PostRecordCounts() {
     std::string error;
     prod::Database* db = ProductionDatabase(url, error);
     if (db == nullptr) return;
-    auto counts = prod::ChipRecords(*db).Counts(prod::StationName());
+    auto counts = prod::ChipRecords(*db).Counts(prod::StationName(), ops::kUncountedCommands);
     if (!counts) return;
     const auto [passed, failed] = *counts;
     QMetaObject::invokeMethod(
@@ -1046,7 +1046,8 @@ void MainWindow::CommandEnded(const QString& name, const ops::CommandResult& res
   if (!inputEnabled_) SetInputEnabled(true);
   if (!timer1_.isActive()) timer1_.start();
   ResetProgress();
-  results_->Ended(actions_[name]->text(), result.Verdict, Q(faultText));
+  const bool eedata = name == "mnuReadEeprom" || name == "mnuWriteEeprom";
+  results_->Ended(actions_[name]->text(), result.Verdict, Q(faultText), !eedata);
   if (ended) ended(result);
   emit commandFinished(name, static_cast<int>(result.Verdict));
   AfterWriterJob();

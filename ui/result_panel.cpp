@@ -38,14 +38,15 @@ void ResultPanel::Started(const QString& command) {
   verdict_->setToolTip(command);
 }
 
-void ResultPanel::Ended(const QString& command, ops::Outcome outcome, const QString& detail) {
+void ResultPanel::Ended(const QString& command, ops::Outcome outcome, const QString& detail,
+                        bool counted) {
   switch (outcome) {
     case ops::Outcome::Passed:
-      ++passed_;
+      if (counted) ++passed_;
       Show("PASS", "#2e8b3a");
       break;
     case ops::Outcome::Failed:
-      ++failed_;
+      if (counted) ++failed_;
       Show("FAIL", "#c0302b");
       break;
     case ops::Outcome::NoWriter:

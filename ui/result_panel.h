@@ -16,7 +16,10 @@ class ResultPanel : public QWidget {
   // A command has started (the indicator shows it runs) or ended with `outcome`; detail
   // says what stopped a failed command on the link, when it is known.
   void Started(const QString& command);
-  void Ended(const QString& command, ops::Outcome outcome, const QString& detail);
+  // `counted`: a chip command (the EEDATA reads and writes show their verdict but are no
+  // chip passed or failed).
+  void Ended(const QString& command, ops::Outcome outcome, const QString& detail,
+             bool counted = true);
 
   // The counters as the production database's records give them (they outlive the
   // program and count chip commands only).

@@ -149,6 +149,8 @@ class EedataWindowTest : public QObject {
     QCOMPARE(w.CurrentProject().Chip.EeBytes, written);
     QCOMPARE(Control<QPlainTextEdit>(window, "TextMain")->toPlainText(),
              QString::fromStdString(lk::EedataHexText(w.CurrentProject().Chip)).remove('\r'));
+    // An EEDATA read or write is no chip passed: the counters stay.
+    QCOMPARE(w.Results()->Passed() + w.Results()->Failed(), 0);
 
     auto* watch = Control<QCheckBox>(window, "Check2");
     auto* path = Control<QLineEdit>(window, "Text1");
