@@ -24,15 +24,47 @@ std::string Narrow(const wchar_t* text) {
   return out;
 }
 
-// hid_init once per process; false when the HID layer cannot be used at all.
-bool HidReady(Host& host) {
-  static std::once_flag once;
-  static bool ready = false;
-  std::call_once(once, [&] {
-    ready = hid_init() == 0;
-    if (!ready) host.Diagnostic("hid_init: " + Narrow(hid_error(nullptr)));
-  });
-  return ready;
+// True when this user may not read and write the device node (the kernel would refuse
+// hid_open_path); other failures are left to the open itself.
+bool NodePermissionDenied(const std::string& path) {
+  return ::access(path.c_str(), R_OK | W_OK) != 0 && (errno == EACCES || errno == EPERM);
+}
+
+HidApi MakeRealHidApi() {
+  HidApi api;
+  api.Init = [] {
+    static std::once_flag once;
+    static int result = 0;
+    std::call_once(once, [] { result = hid_init(); });
+    return result;
+  };
+  api.Enumerate = [](std::uint16_t vendor, std::uint16_t product) {
+    std::vector<std::string> paths;
+    hid_device_info* list = hid_enumerate(vendor, product);
+    for (hid_device_info* d = list; d != nullptr; d = d->next) {
+      if (d->path != nullptr) paths.emplace_back(d->path);
+    }
+    hid_free_enumeration(list);
+    return paths;
+  };
+  api.OpenPath = [](const std::string& path) -> HidHandle { return hid_open_path(path.c_str()); };
+  api.Write = [](HidHandle d, const std::uint8_t* data, std::size_t length) {
+    return hid_write(static_cast<hid_device*>(d), data, length);
+  };
+  api.ReadTimeout = [](HidHandle d, std::uint8_t* data, std::size_t length, int timeoutMs) {
+    return hid_read_timeout(static_cast<hid_device*>(d), data, length, timeoutMs);
+  };
+  api.Close = [](HidHandle d) { hid_close(static_cast<hid_device*>(d)); };
+  api.Error = [](HidHandle d) { return Narrow(hid_error(static_cast<hid_device*>(d))); };
+  api.PermissionDenied = NodePermissionDenied;
+  return api;
+}
+
+// Whether the HID layer can be used at all.
+bool HidReady(Host& host, const HidApi& api) {
+  if (api.Init() == 0) return true;
+  host.Diagnostic("hid_init: " + api.Error(nullptr));
+  return false;
 }
 
 // hid_write has no timeout of its own and a wedged device can hold it forever, so
@@ -40,9 +72,11 @@ bool HidReady(Host& host) {
 // shared with the helper so that, after a write that never returned, the helper can
 // outlive the transport: it closes the device itself once the write comes back.
 struct WriteWorker {
+  explicit WriteWorker(const HidApi& hid) : api(hid) {}
+  const HidApi api;  // a copy: the helper may outlive the bus that made the transport
   std::mutex mutex;
   std::condition_variable wake;
-  hid_device* device = nullptr;
+  HidHandle device = nullptr;
   Report pending{};
   bool hasJob = false;
   bool jobDone = false;
@@ -57,7 +91,7 @@ struct WriteWorker {
       if (hasJob) {
         const Report bytes = pending;
         lock.unlock();
-        const int result = hid_write(device, bytes.data(), bytes.size());
+        const int result = api.Write(device, bytes.data(), bytes.size());
         lock.lock();
         hasJob = false;
         jobDone = true;
@@ -68,7 +102,7 @@ struct WriteWorker {
       if (stop) break;
     }
     if (abandoned && device != nullptr) {
-      hid_close(device);
+      api.Close(device);
       device = nullptr;
     }
   }
@@ -76,7 +110,7 @@ struct WriteWorker {
 
 class HidTransport : public Transport {
  public:
-  explicit HidTransport(hid_device* device) : worker_(std::make_shared<WriteWorker>()) {
+  HidTransport(const HidApi& api, HidHandle device) : worker_(std::make_shared<WriteWorker>(api)) {
     worker_->device = device;
     thread_ = std::thread([w = worker_] { w->Run(); });
   }
@@ -92,7 +126,7 @@ class HidTransport : public Transport {
       thread_.detach();  // still inside hid_write; it closes the device when it returns
     } else {
       thread_.join();
-      hid_close(worker_->device);
+      worker_->api.Close(worker_->device);
     }
   }
 
@@ -119,7 +153,8 @@ class HidTransport : public Transport {
   bool Receive(Report& report, int timeoutMs) override {
     if (dead_) return Fail("the writer stopped taking reports");
     std::uint8_t buffer[proto::kReportLength + 1] = {};
-    const int got = hid_read_timeout(worker_->device, buffer, sizeof buffer, std::max(timeoutMs, 0));
+    const int got =
+        worker_->api.ReadTimeout(worker_->device, buffer, sizeof buffer, std::max(timeoutMs, 0));
     if (got == 0) return Fail("no answer within " + std::to_string(timeoutMs) + " ms");
     if (got < 0) return Fail("hid_read_timeout: " + DeviceError());
     if (!InputReportFromRead(buffer, got, report)) {
@@ -136,7 +171,7 @@ class HidTransport : public Transport {
     return false;
   }
   // Only called while no write is in flight.
-  std::string DeviceError() const { return Narrow(hid_error(worker_->device)); }
+  std::string DeviceError() const { return worker_->api.Error(worker_->device); }
 
   std::shared_ptr<WriteWorker> worker_;
   std::thread thread_;
@@ -149,12 +184,6 @@ class HidTransport : public Transport {
 #ifndef LK_UDEV_RULE
 #define LK_UDEV_RULE "/usr/lib/udev/rules.d/70-lkwriter.rules"
 #endif
-
-// True when this user may not read and write the device node (the kernel would refuse
-// hid_open_path); other failures are left to the open itself.
-bool PermissionDenied(const std::string& path) {
-  return ::access(path.c_str(), R_OK | W_OK) != 0 && (errno == EACCES || errno == EPERM);
-}
 
 // Where the rule is installed, searched where udev reads rules; empty when nowhere.
 std::string InstalledRule() {
@@ -191,7 +220,8 @@ void TellNoPermission(Host& host, const std::string& path) {
 
 class HidBus : public WriterBus {
  public:
-  HidBus(Host& host, std::string path) : host_(host), wanted_(std::move(path)) {}
+  HidBus(Host& host, std::string path, const HidApi& api)
+      : host_(host), wanted_(std::move(path)), api_(api) {}
 
   // The first writer this user may open. A writer the kernel would refuse is passed
   // over like any interface that cannot be opened, and said once.
@@ -199,9 +229,9 @@ class HidBus : public WriterBus {
     found_.clear();
     denied_ = false;
     std::string refused;
-    for (const std::string& path : EnumerateWriters(host_)) {
+    for (const std::string& path : EnumerateWriters(host_, api_)) {
       if (!wanted_.empty() && path != wanted_) continue;
-      if (PermissionDenied(path)) {
+      if (api_.PermissionDenied(path)) {
         if (refused.empty()) refused = path;
         continue;
       }
@@ -217,16 +247,16 @@ class HidBus : public WriterBus {
 
   std::unique_ptr<Transport> Open() override {
     if (found_.empty()) return nullptr;
-    hid_device* device = hid_open_path(found_.c_str());
+    HidHandle device = api_.OpenPath(found_);
     if (device == nullptr) {
-      host_.Diagnostic("hid_open_path " + found_ + ": " + Narrow(hid_error(nullptr)));
-      if (PermissionDenied(found_)) {
+      host_.Diagnostic("hid_open_path " + found_ + ": " + api_.Error(nullptr));
+      if (api_.PermissionDenied(found_)) {
         denied_ = true;
         Tell(found_);
       }
       return nullptr;
     }
-    return std::make_unique<HidTransport>(device);
+    return std::make_unique<HidTransport>(api_, device);
   }
 
   std::string Describe() const override {
@@ -243,6 +273,7 @@ class HidBus : public WriterBus {
 
   Host& host_;
   std::string wanted_;
+  const HidApi& api_;
   std::string found_;
   bool denied_ = false;
   std::set<std::string> told_;
@@ -250,19 +281,18 @@ class HidBus : public WriterBus {
 
 }  // namespace
 
-std::vector<std::string> EnumerateWriters(Host& host) {
-  std::vector<std::string> paths;
-  if (!HidReady(host)) return paths;
-  hid_device_info* list = hid_enumerate(proto::kVendorId, proto::kProductId);
-  for (hid_device_info* d = list; d != nullptr; d = d->next) {
-    if (d->path != nullptr) paths.emplace_back(d->path);
-  }
-  hid_free_enumeration(list);
-  return paths;
+const HidApi& RealHidApi() {
+  static const HidApi api = MakeRealHidApi();
+  return api;
 }
 
-std::unique_ptr<WriterBus> MakeHidBus(Host& host, const std::string& path) {
-  return std::make_unique<HidBus>(host, path);
+std::vector<std::string> EnumerateWriters(Host& host, const HidApi& api) {
+  if (!HidReady(host, api)) return {};
+  return api.Enumerate(proto::kVendorId, proto::kProductId);
+}
+
+std::unique_ptr<WriterBus> MakeHidBus(Host& host, const std::string& path, const HidApi& api) {
+  return std::make_unique<HidBus>(host, path, api);
 }
 
 }  // namespace lk
